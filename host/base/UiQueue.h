@@ -1,0 +1,81 @@
+// Work that other threads hand to the user-interface thread, and waiting on that thread without stopping it.
+//
+// Threads:   PostToUi, WakeUi and EndUiWait may be called from any thread; the rest as said below.
+// Ownership: posted work is owned by the queue until it has run. What is still queued when the program
+//            ends is dropped unrun.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+
+namespace host {
+
+using Clock = std::chrono::steady_clock;
+
+// What the application loop (host/screen) provides. Without a loop (unit tests) work is run by DrainUiQueue
+// and a wait on any thread is an ordinary wait.
+struct UiLoop {
+    virtual ~UiLoop() = default;
+    virtual void Wake() = 0;                            // any thread: the loop turns at least once more
+    virtual void TurnWhileWaiting(Clock::time_point until) = 0;    // user-interface thread: one small turn (paint, present, queue; no timers), blocking at most until then
+};
+void SetUiLoop(UiLoop* loop);    // called on the thread that becomes the user-interface thread; null at the end
+
+bool IsUiThread();
+void PostToUi(std::function<void()> work);
+void WakeUi();
+void DrainUiQueue();    // user-interface thread: runs what is queued now, not what that queues anew
+
+// Ends what the user-interface thread waits for now, and every further wait until its current event has
+// been left (ClearUiWaitEnd, called by the loop at depth 0).
+void EndUiWait();
+bool UiWaitWasEnded();
+void ClearUiWaitEnd();
+int UiWaitDepth();    // user-interface thread: how many waits are on the stack
+
+// Lets one thread end the waits of another: the decoder sets one for its feeding thread.
+class InterruptToken {
+public:
+    void Interrupt();    // sticky until Reset
+    void Reset();
+    bool IsInterrupted() const;
+
+    // The token of the calling thread, or null.
+    static InterruptToken* Current();
+    class Scope {
+    public:
+        explicit Scope(InterruptToken* token);
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        InterruptToken* m_pPrevious;
+    };
+
+private:
+    friend class Waiter;
+    mutable std::mutex m_Mutex;
+    bool m_bInterrupted = false;
+    class Waiter* m_pWaiter = nullptr;
+};
+
+enum class WaitResult { kDone, kTimedOut, kInterrupted };
+
+// A condition that an ordinary thread and the user-interface thread can both wait for. On the
+// user-interface thread the application loop keeps turning, and EndUiWait ends the wait; on a thread with
+// an InterruptToken, Interrupt does. `ready` is called with `lock` held.
+class Waiter {
+public:
+    void NotifyAll();
+    WaitResult Wait(std::unique_lock<std::mutex>& lock, const std::function<bool()>& ready, Clock::time_point deadline);
+
+private:
+    friend class InterruptToken;
+    std::condition_variable m_Condition;
+    int m_nUiWaiting = 0;    // guarded by the callers' mutex
+};
+
+}    // namespace host

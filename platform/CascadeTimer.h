@@ -1,0 +1,19 @@
+// Periodic timers.
+//
+// Units:   milliseconds. A timer that is late is not made up for: ticks that were missed are dropped.
+// Threads: the user-interface thread.
+#pragma once
+
+#include <cstdint>
+
+class CascadeTimer {
+public:
+    CascadeTimer() = default;
+    virtual ~CascadeTimer();    // kills its timers
+    CascadeTimer(const CascadeTimer&) = delete;
+    CascadeTimer& operator=(const CascadeTimer&) = delete;
+
+    virtual void OnTimer(unsigned long id) = 0;
+    uint32_t SetTimer(uint32_t periodMs);    // an id, never 0
+    void KillTimer(uint32_t id);
+};
