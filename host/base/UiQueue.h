@@ -5,10 +5,12 @@
 //            ends is dropped unrun.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <stop_token>
 
 namespace host {
 
@@ -57,25 +59,25 @@ public:
 
 private:
     friend class Waiter;
+    std::stop_token Token() const;
     mutable std::mutex m_Mutex;
-    bool m_bInterrupted = false;
-    class Waiter* m_pWaiter = nullptr;
+    std::stop_source m_Source;    // guarded by m_Mutex; Reset takes a new one
 };
 
 enum class WaitResult { kDone, kTimedOut, kInterrupted };
 
 // A condition that an ordinary thread and the user-interface thread can both wait for. On the
 // user-interface thread the application loop keeps turning, and EndUiWait ends the wait; on a thread with
-// an InterruptToken, Interrupt does. `ready` is called with `lock` held.
+// an InterruptToken, Interrupt does. `ready` is called with `lock` held, and is asked before anything else:
+// what is ready is kDone even past the deadline or after an interrupt.
 class Waiter {
 public:
-    void NotifyAll();
+    void NotifyAll();    // after the change, with or without the callers' mutex held
     WaitResult Wait(std::unique_lock<std::mutex>& lock, const std::function<bool()>& ready, Clock::time_point deadline);
 
 private:
-    friend class InterruptToken;
-    std::condition_variable m_Condition;
-    int m_nUiWaiting = 0;    // guarded by the callers' mutex
+    std::condition_variable_any m_Condition;
+    std::atomic<int> m_nUiWaiting{0};    // raised under the callers' mutex before `ready` is asked
 };
 
 }    // namespace host

@@ -1,0 +1,7 @@
+#include "host/base/HostHooks.h"
+
+host::HostHooks& host::Hooks()
+{
+    static HostHooks hooks;
+    return hooks;
+}
