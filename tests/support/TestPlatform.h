@@ -58,7 +58,7 @@ const std::vector<DispatchedKey>& DispatchedKeys();    // by CascadeInput, not y
 int DeliverKeys();                                     // how many there were
 int ScreenActivity();                                  // calls of NotifyScreenActivity
 
-// ---- waiting
+// ---- waiting: meanwhile timers do not fire, messages are not delivered and keys go to OnKeyWhileWaiting
 void SetWaiting(bool waiting);    // leaving a wait does not leave the event: the end flag stays
 void LeaveEvent();                // clears the end flag, then runs what PostAfterWait queued when nothing waits
 
@@ -82,7 +82,8 @@ bool NeedsPaint(const CascadeWindow& window);
 struct Drawing {
     enum Kind { kFill, kRect, kRoundedRect, kGradient, kStroke, kText, kWrappedText, kBlit, kStretchBlit, kZoneBlit };
     Kind kind = kFill;
-    CascadeRect rect;             // as given, before the origin; a text's is its extent, a fill's the whole bitmap
+    CascadeRect rect;             // as given; a text's is its extent, a fill's the whole bitmap
+    CascadePoint origin;          // that was set; rect - origin are the bitmap's own pixels
     CascadeColor color = 0;       // the first of a gradient
     CascadeColor secondColor = 0;
     int radius = 0;

@@ -1,0 +1,323 @@
+// The application object, its keys, its waiting and its messages, driven by the test.
+#include <deque>
+#include <mutex>
+#include <utility>
+
+#include "platform/CascadeApp.h"
+#include "platform/CascadeFile.h"
+#include "platform/CascadeInput.h"
+#include "platform/CascadeWindow.h"
+#include "platform/CascadeWormhole.h"
+#include "platform/RemoteKeys.h"
+#include "tests/support/TestInternals.h"
+#include "tests/support/TestPlatform.h"
+
+namespace {
+
+struct AppState {
+    std::vector<std::string> args;
+    std::function<void()> loop;
+    bool terminated = false;
+    int exitCode = 0;
+    std::vector<std::string> prefixes;
+    bool waiting = false;
+    bool waitEnded = false;
+    std::deque<std::function<void()>> afterWait;
+    std::vector<TestPlatform::DispatchedKey> keys;
+    int activity = 0;
+};
+AppState g_App;
+
+std::mutex g_MessageMutex;
+std::deque<TestPlatform::PostedMessage> g_Messages;    // guarded by g_MessageMutex
+bool g_bRefuseMessages = false;    // guarded by g_MessageMutex
+
+}    // namespace
+
+// ---- the platform
+
+CascadeApp* CascadeApp::s_pTheApp = nullptr;
+
+CascadeApp::CascadeApp()
+{
+    s_pTheApp = this;
+}
+
+CascadeApp::~CascadeApp()
+{
+    if (s_pTheApp == this) {
+        s_pTheApp = nullptr;
+    }
+}
+
+int CascadeApp::Run(int argc, char** argv)
+{
+    g_App.args.assign(argv, argv + argc);
+    OnAppInit();
+    if (!g_App.terminated && g_App.loop) {
+        g_App.loop();
+    }
+    OnAppExit();
+    return g_App.exitCode;
+}
+
+void CascadeApp::Terminate(int exitCode)
+{
+    g_App.terminated = true;
+    g_App.exitCode = exitCode;
+}
+
+int CascadeApp::GetArgCount() const
+{
+    return static_cast<int>(g_App.args.size());
+}
+
+const char* CascadeApp::GetArg(int index) const
+{
+    return index >= 0 && index < GetArgCount() ? g_App.args[static_cast<size_t>(index)].c_str() : "";
+}
+
+CascadeString CascadeApp::GetProgramName() const
+{
+    return CascadeFSObject(GetArg(0)).GetName();
+}
+
+void CascadeApp::RegisterECPCommand(const char* prefix)
+{
+    g_App.prefixes.emplace_back(prefix);
+}
+
+const char* CascadeApp::GetWormholeAddress() const
+{
+    return "wormhole://localhost/orvandi.nuvid";
+}
+
+bool CascadeApp::IsWaiting() const
+{
+    return g_App.waiting;
+}
+
+bool CascadeApp::WaitWasEnded() const
+{
+    return g_App.waitEnded;
+}
+
+void CascadeApp::EndWait()
+{
+    g_App.waitEnded = true;
+}
+
+void CascadeApp::PostAfterWait(std::function<void()> action)
+{
+    g_App.afterWait.push_back(std::move(action));
+}
+
+void CascadeInput::NotifyScreenActivity()
+{
+    ++g_App.activity;
+}
+
+void CascadeInput::DispatchKeyDown(unsigned long key)
+{
+    g_App.keys.push_back({key, true});
+}
+
+void CascadeInput::DispatchKeyUp(unsigned long key)
+{
+    g_App.keys.push_back({key, false});
+}
+
+bool CascadeWormhole::PostMessage(const char* address, uint32_t id, const void* data, size_t size)
+{
+    const std::lock_guard lock(g_MessageMutex);
+    if (g_bRefuseMessages) {
+        return false;
+    }
+    const auto* const bytes = static_cast<const unsigned char*>(data);
+    g_Messages.push_back(
+        {address == nullptr ? "" : address, id, bytes == nullptr ? std::vector<unsigned char>() : std::vector<unsigned char>(bytes, bytes + size)});
+    return true;
+}
+
+// ---- the test's side
+
+namespace TestInternals {
+
+void ResetApp()
+{
+    g_App = AppState();
+    const std::lock_guard lock(g_MessageMutex);
+    g_Messages.clear();
+    g_bRefuseMessages = false;
+}
+
+bool IsWaiting()
+{
+    return g_App.waiting;
+}
+
+bool WaitWasEnded()
+{
+    return g_App.waitEnded;
+}
+
+}    // namespace TestInternals
+
+namespace TestPlatform {
+
+void Reset()
+{
+    TestInternals::ResetApp();
+    TestInternals::ResetTimers();
+    TestInternals::ResetWindows();
+    TestInternals::ResetDrawing();
+    TestInternals::ResetScreen();
+    TestInternals::ResetStreams();
+    TestInternals::ResetDecoder();
+}
+
+void SetArgs(std::vector<std::string> args)
+{
+    g_App.args = std::move(args);
+}
+
+void SetLoop(std::function<void()> loop)
+{
+    g_App.loop = std::move(loop);
+}
+
+bool WasTerminated()
+{
+    return g_App.terminated;
+}
+
+int ExitCode()
+{
+    return g_App.exitCode;
+}
+
+std::vector<std::string> ClaimedPrefixes()
+{
+    return g_App.prefixes;
+}
+
+std::string Command(const char* text)
+{
+    CascadeString reply;
+    if (CascadeApp::s_pTheApp != nullptr) {
+        CascadeApp::s_pTheApp->OnECPCommand(text, reply);
+    }
+    return reply.Str();
+}
+
+void KeyDown(unsigned long key)
+{
+    CascadeApp* const app = CascadeApp::s_pTheApp;
+    if (g_App.waiting) {
+        if (app != nullptr) {
+            app->OnKeyWhileWaiting(key);
+        }
+        return;
+    }
+    bool handled = false;
+    if (CascadeWindow* const window = FocusWindow()) {
+        if (Remote::IsNavigation(static_cast<uint32_t>(key))) {
+            CascadeWindow* next = nullptr;
+            handled = window->OnNavKey(key, next);
+            if (next != nullptr) {
+                next->TakeFocus();
+            }
+        } else {
+            handled = window->OnKeyDown(key);
+        }
+    }
+    if (!handled && app != nullptr) {
+        app->OnKeyDown(key);
+    }
+}
+
+void KeyUp(unsigned long key)
+{
+    if (g_App.waiting) {
+        return;
+    }
+    CascadeWindow* const window = FocusWindow();
+    if ((window == nullptr || !window->OnKeyUp(key)) && CascadeApp::s_pTheApp != nullptr) {
+        CascadeApp::s_pTheApp->OnKeyUp(key);
+    }
+}
+
+void PressKey(unsigned long key)
+{
+    KeyDown(key);
+    KeyUp(key);
+}
+
+bool TypeText(const char* utf8)
+{
+    CascadeWindow* const window = FocusWindow();
+    return window != nullptr && window->OnText(utf8);
+}
+
+const std::vector<DispatchedKey>& DispatchedKeys()
+{
+    return g_App.keys;
+}
+
+int DeliverKeys()
+{
+    const std::vector<DispatchedKey> keys = std::exchange(g_App.keys, {});
+    for (const DispatchedKey& key : keys) {
+        key.down ? KeyDown(key.key) : KeyUp(key.key);
+    }
+    return static_cast<int>(keys.size());
+}
+
+int ScreenActivity()
+{
+    return g_App.activity;
+}
+
+void SetWaiting(bool waiting)
+{
+    g_App.waiting = waiting;
+}
+
+void LeaveEvent()
+{
+    g_App.waitEnded = false;
+    while (!g_App.waiting && !g_App.afterWait.empty()) {
+        const std::function<void()> action = std::move(g_App.afterWait.front());
+        g_App.afterWait.pop_front();
+        action();
+    }
+}
+
+std::vector<PostedMessage> Messages()
+{
+    const std::lock_guard lock(g_MessageMutex);
+    return {g_Messages.begin(), g_Messages.end()};
+}
+
+int DeliverMessages()
+{
+    int delivered = 0;
+    std::unique_lock lock(g_MessageMutex);
+    while (!g_Messages.empty() && !g_App.waiting && CascadeApp::s_pTheApp != nullptr) {
+        PostedMessage posted = std::move(g_Messages.front());
+        g_Messages.pop_front();
+        lock.unlock();
+        CascadeApp::s_pTheApp->OnWormholeMessage({posted.id, std::move(posted.data)});
+        ++delivered;
+        lock.lock();
+    }
+    return delivered;
+}
+
+void RefuseMessages(bool refuse)
+{
+    const std::lock_guard lock(g_MessageMutex);
+    g_bRefuseMessages = refuse;
+}
+
+}    // namespace TestPlatform
