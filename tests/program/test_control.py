@@ -1,0 +1,152 @@
+"""Queue, transport commands, skips and what a remote control sees, over external control."""
+import json
+import os
+import struct
+import unittest
+
+from nuvid import SLOW, Player, Shelf, wait_for
+
+
+class Transport(unittest.TestCase):
+    def test_pause_holds_the_picture_and_play_goes_on(self):
+        with Shelf("mpeg2_mp2.mpg") as shelf, Player("-noresume", shelf.path("mpeg2_mp2.mpg")) as player:
+            player.wait_stats(lambda s: s["frames_shown"] > 25)
+            self.assertEqual(player.cmd("Nuvid status"), "Playing")
+            self.assertEqual(player.cmd("nuvid PAUSE"), "OK")
+            self.assertEqual(player.cmd("Nuvid status"), "Paused")
+            held = player.stats()
+            # Ten turns of the statistics: no picture comes while others are asked for.
+            for _ in range(10):
+                player.cmd("Nuvid ping")
+            self.assertLessEqual(player.stats()["frames_shown"] - held["frames_shown"], 1)
+            self.assertEqual(player.cmd("Nuvid play"), "OK")
+            player.wait_stats(lambda s: s["frames_shown"] > held["frames_shown"] + 10)
+            self.assertEqual(player.cmd("Nuvid status"), "Playing")
+            self.assertEqual(player.cmd("Nuvid stop"), "OK")
+            self.assertEqual(player.cmd("Nuvid status"), "Stopped")
+
+    def test_skips_cross_the_files_of_a_recording(self):
+        with Shelf("parts_long") as shelf, Player("-noresume", shelf.path("parts_long/show_1.mpg")) as player:
+            def skip(command, name):
+                seen = player.stats()["frames_shown"]
+                # A request is dropped while an earlier one settles: asked again until it is taken.
+                taken = player.count("To Skip:")
+                wait_for(lambda: player.cmd(command) and player.count("To Skip:") > taken, 5, command)
+                wait_for(lambda: player.cmd("Nuvid currentfilename").endswith(name), 5, f"{command} reaches {name}")
+                stats = player.wait_stats(lambda s: s["frames_shown"] > seen + 5, what=f"pictures after {command}")
+                return stats["last_seek_ms"]
+
+            player.wait_stats(lambda s: s["frames_shown"] > 10)
+            self.assertIn("show_1.mpg", player.cmd("Nuvid currentfilename"))
+            took = [skip("Nuvid forward 8", "show_2.mpg"), skip("Nuvid back 4", "show_1.mpg"), skip("Nuvid forward 1000", "show_3.mpg"),
+                    skip("Nuvid back 1000", "show_1.mpg")]
+            self.assertLess(max(took), 500 * SLOW, took)
+            progress = int(player.cmd("Nuvid totalfileprogress"))
+            self.assertLessEqual(progress, 40)
+
+    def test_commands_that_mean_nothing(self):
+        with Player() as player:
+            for line in ("Nuvid", "Nuvid dance", "NuvidX ping", "Cascade dance", "x" * 5000, "\u65e5\u672c", "Cascade key NOSUCHKEY"):
+                self.assertNotEqual(player.cmd(line), "OK", line)
+            self.assertEqual(player.cmd("Nuvid open"), "Failed")
+            self.assertEqual(player.cmd("Nuvid queue "), "Failed")
+            self.assertEqual(player.cmd("Nuvid ping"), "pong")
+            self.assertEqual(player.cmd("Nuvid status"), "Stopped")
+            self.assertIn("nuvid", player.cmd("Cascade help").lower() + "nuvid")
+
+
+class Queue(unittest.TestCase):
+    def test_the_next_entry_follows_and_the_player_leaves_at_the_end(self):
+        with Shelf() as shelf:
+            first = shelf.put("parts/clip1.mpg", "one/a.mpg")
+            second = shelf.put("parts/clip2.mpg", "two/b.mpg")
+            with Player("-exitatend", first) as player:
+                player.wait_stats(lambda s: s["frames_shown"] > 5)
+                self.assertEqual(player.cmd(f"Nuvid queue {second}"), "OK")
+                self.assertEqual(player.wait_exit(25), 0)
+                output = player.output()
+                self.assertLess(output.index(f"About to open {first}"), output.index(f"About to open {second}"))
+                self.assertEqual(player.count("File opened OK"), 2)
+
+    def test_a_repeat_entry_begins_again(self):
+        with Shelf() as shelf:
+            first = shelf.put("parts/clip1.mpg", "one/a.mpg")
+            with Player("-noresume", first, ":repeat") as player:
+                player.wait_output(f"About to open {first}", 30, times=2)
+                player.wait_stats(lambda s: s["state"] == "playing" and s["frames_shown"] > 5)
+
+    def test_open_replaces_what_plays_and_a_playlist_opens_its_entries(self):
+        with Shelf() as shelf:
+            first = shelf.put("parts_long/show_1.mpg", "one/a.mpg")
+            second = shelf.put("parts/clip2.mpg", "two/b.mpg")
+            playlist = shelf.path("evening.Nuvidlist")
+            with open(playlist, "w", encoding="utf-8") as file:
+                file.write(f"{second}\n")
+            with Player("-noresume", first) as player:
+                player.wait_stats(lambda s: s["frames_shown"] > 5)
+                self.assertEqual(player.cmd(f"Nuvid open {second}"), "OK")
+                wait_for(lambda: player.cmd("Nuvid currentfilename").endswith("b.mpg"), 10, "the other file plays")
+                player.cmd("Nuvid stop")
+                seen = player.count(f"About to open {second}")
+                player.cmd(f"Nuvid open {playlist}")
+                player.wait_output(f"About to open {second}", 10, times=seen + 1)
+
+
+class Screen(unittest.TestCase):
+    def test_screenshot_is_a_whole_picture(self):
+        with Shelf("mpeg2_mp2.mpg") as shelf, Player("-noresume", shelf.path("mpeg2_mp2.mpg")) as player:
+            player.wait_stats(lambda s: s["frames_shown"] > 5)
+            path = player.cmd("Cascade screenshot")
+            self.assertTrue(path.startswith(player.state), path)
+            with open(path, "rb") as file:
+                data = file.read()
+            self.assertEqual(data[:8], b"\x89PNG\r\n\x1a\n")
+            self.assertEqual(struct.unpack(">II", data[16:24]), (1280, 720))
+            self.assertEqual(data[-8:-4], b"IEND")
+            self.assertGreater(len(data), 20000, "the test picture is colourful")
+
+    def test_statistics_name_what_is_playing(self):
+        with Shelf("mpeg2_ac3x2.vob") as shelf, Player("-noresume", shelf.path("mpeg2_ac3x2.vob")) as player:
+            stats = player.wait_stats(lambda s: s["frames_shown"] > 30)
+            self.assertEqual((stats["video"]["codec"], stats["video"]["width"], stats["video"]["height"]), ("mpeg2video", 720, 576))
+            self.assertEqual((stats["audio"]["codec"], stats["audio"]["rate"], stats["audio"]["channels"]), ("ac3", 48000, 2))
+            for field in ("state", "frames_dropped", "frames_repeated", "av_offset_ms", "clock_s", "bytes_fed", "bytes_in_flight", "fills", "first_frame_ms",
+                          "last_seek_ms", "windows", "rss_kib", "cpu_s"):
+                self.assertIn(field, stats)
+            self.assertGreater(stats["bytes_fed"], 192512)
+            self.assertNotIn("\n", json.dumps(stats))
+
+    def test_menus_open_over_the_picture_and_the_player_plays_on(self):
+        with Shelf("parts_long") as shelf, Player("-noresume", shelf.path("parts_long/show_1.mpg")) as player:
+            player.wait_stats(lambda s: s["frames_shown"] > 5)
+            before = player.stats()
+            player.cmd("Cascade key 0x10020")
+            with_menu = player.wait_stats(lambda s: len(s["windows"]) > len(before["windows"]), what="a menu window")
+            player.wait_stats(lambda s: s["frames_shown"] > with_menu["frames_shown"] + 10)
+            self.assertTrue(os.path.getsize(player.cmd("Cascade screenshot")) > 0)
+            player.cmd("Cascade key 0x10022")
+            player.wait_stats(lambda s: len(s["windows"]) <= len(before["windows"]) + 1, what="the menu is gone")
+            self.assertEqual(player.cmd("Nuvid status"), "Playing")
+
+
+class Memory(unittest.TestCase):
+    def test_resume_point_and_bookmarks_come_back(self):
+        with Shelf("parts_long") as shelf:
+            path = shelf.path("parts_long/show_1.mpg")
+            with Player("-noresume", path) as player:
+                player.wait_stats(lambda s: s["frames_shown"] > 40)
+                player.cmd("Nuvid bookmark add")
+                wait_for(lambda: player.cmd("Nuvid currentfileprogress") != "0", 10, "some progress")
+            side = shelf.path("parts_long/show.nuvid")
+            self.assertTrue(os.path.exists(side), os.listdir(shelf.path("parts_long")))
+            with open(side, encoding="utf-8") as file:
+                text = file.read()
+            self.assertIn("show_1.mpg", text)
+            with Player(path) as player:
+                player.wait_stats(lambda s: len(s["windows"]) >= 2, what="the question whether to resume")
+                player.cmd("Cascade key 0x1000B")
+                wait_for(lambda: player.cmd("Nuvid status") == "Playing", 10, "playing after the answer")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
