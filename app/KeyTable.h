@@ -1,0 +1,86 @@
+// What each key of the remote control does while no menu is open.
+//
+// Threads: constants; the handlers run on the user-interface thread.
+#pragma once
+
+#include <cstdint>
+
+#include "app/KeyWindows.h"
+#include "app/NuvidApp.h"
+#include "platform/RemoteKeys.h"
+
+struct KeyTable {
+    struct Row {
+        uint32_t key;
+        const char* function;         // as the remote's page names it
+        bool needsOpenFile;           // without one nothing happens and nothing is shown
+        bool endsWait;                // heard while the user-interface thread waits for a server
+        uint8_t resets;               // windows that the key closes, after it has acted
+        void (NuvidApp::*onDown)();
+    };
+
+    static constexpr uint8_t kPrevBookmark = KeyWindows::Bit(KeyWindows::kPrevBookmark);
+    static constexpr uint8_t kPrevChapter = KeyWindows::Bit(KeyWindows::kPrevChapter);
+
+    // The skips, by their index: what is printed, shown and asked for. All of them close both "previous" windows.
+    enum Skip { kForwardKey, kBackKey, kFastShort, kFastLong, kRewindShort, kRewindLong };
+    struct SkipRow {
+        const char* line;
+        const char* text;
+        Osd::Icon icon;
+        SequenceState state;
+        int seconds;
+    };
+    // On purpose a long press goes six minutes forward, but three back.
+    static constexpr SkipRow kSkips[] = {
+        {"Got FF 30s\n", "FF 30 sec", Osd::kFastForward30Sec, SEQ_SKIP_FORWARD, 30},
+        {"Got REW 10s\n", "REW 10 sec", Osd::kRewind10Sec, SEQ_SKIP_BACK, 10},
+        {"Got FF 3m\n", "FF 3 min", Osd::kFastForward3Min, SEQ_SKIP_FORWARD, 180},
+        {"Got FF 6m\n", "FF 6 min", Osd::kFastForward, SEQ_SKIP_FORWARD, 360},
+        {"Got REW 30sec\n", "REW 30 sec", Osd::kRewind30Sec, SEQ_SKIP_BACK, 30},
+        {"Got REW 3m\n", "REW 3 min", Osd::kRewind, SEQ_SKIP_BACK, 180},
+    };
+
+    static constexpr Row kRows[] = {
+        {Remote::kPause, "Pause", false, false, 0, &NuvidApp::OnPauseKey},
+        {Remote::kPlayPause, "Pause", false, false, 0, &NuvidApp::OnPauseKey},
+        {Remote::kPlay, "Play", false, false, 0, &NuvidApp::OnPlayKey},
+        {Remote::kStop, "Stop", false, true, 0, &NuvidApp::OnStopKey},
+        {Remote::kExit, "Quit", false, true, 0, &NuvidApp::OnExitKey},
+        {Remote::kPower, "Power", false, true, 0, &NuvidApp::OnPowerKey},
+        {Remote::kPowerAlternate, "Power", false, true, 0, &NuvidApp::OnPowerKey},
+        {Remote::kRewind, "Rewind", false, false, 0, &NuvidApp::OnRewindKey},
+        {Remote::kFastForward, "Fast forward", false, false, 0, &NuvidApp::OnFastForwardKey},
+        {Remote::kRight, "Skip forward", false, false, 0, &NuvidApp::OnSkipKey<kForwardKey>},
+        {Remote::kLeft, "Skip back", false, false, 0, &NuvidApp::OnSkipKey<kBackKey>},
+        {Remote::kUp, "Next bookmark", true, false, 0, &NuvidApp::OnNextBookmarkKey},
+        {Remote::kDown, "Previous bookmark", true, false, 0, &NuvidApp::OnPrevBookmarkKey},
+        {Remote::kNextChapter, "Next chapter", true, false, kPrevChapter | kPrevBookmark, &NuvidApp::OnNextChapterKey},
+        {Remote::kPrevChapter, "Previous chapter", true, false, kPrevBookmark, &NuvidApp::OnPrevChapterKey},
+        {Remote::kSelect, "Bookmark", true, false, 0, &NuvidApp::OnBookmarkKey},
+        {Remote::kMenu, "Menu", false, false, kPrevChapter | kPrevBookmark, &NuvidApp::OnMenuKey},
+        {Remote::kZoom, "Zoom", false, false, 0, &NuvidApp::OnZoomKey},
+        {Remote::kInfo, "Info", false, false, 0, &NuvidApp::OnInfoKey},
+    };
+
+    static constexpr const Row* Find(unsigned long key)
+    {
+        for (const Row& row : kRows) {
+            if (row.key == key) {
+                return &row;
+            }
+        }
+        return nullptr;
+    }
+
+    static constexpr bool KeysAreUnique()
+    {
+        for (const Row& row : kRows) {
+            if (Find(row.key) != &row) {
+                return false;
+            }
+        }
+        return true;
+    }
+};
+static_assert(KeyTable::KeysAreUnique());

@@ -1,0 +1,147 @@
+// The application: owns the engine, the windows and the play queue, and carries out what keys, external
+// commands, the timer and the engine's messages ask for.
+//
+// Units:     timer ticks of 100 ms unless a name says otherwise.
+// Errors:    what the viewer must know is shown in the status line; diagnostics go to standard output.
+// Threads:   the user-interface thread.
+// Ownership: exactly one object, owned by main. Keys and commands never drive the engine on a skip or a
+//            change of file; they schedule an action, which runs on a later tick.
+#pragma once
+
+#include "app/ActionMachine.h"
+#include "app/KeyWindows.h"
+#include "app/MyWindow.h"
+#include "app/Parameters.h"
+#include "app/PlayQueue.h"
+#include "browser/EFileBrowser.h"
+#include "platform/CascadeApp.h"
+#include "playback/IPlaybackClient.h"
+#include "playback/MDecoder.h"
+#include "widgets/EProgressBar.h"
+
+extern CascadeString g_AppFolder;    // of the program, with a trailing "/"
+
+struct CommandRow;
+
+// The second argument of a status line: an icon number (OsdIcons.h), or the name of a picture or a text.
+class IconOrText {
+public:
+    IconOrText(int icon = Osd::kNoIcon) : m_nIcon(icon) {}
+    IconOrText(const char* text) : m_Text(text) {}
+    int Icon() const { return m_nIcon; }
+    const CascadeString& Text() const { return m_Text; }
+
+private:
+    int m_nIcon = Osd::kNoIcon;
+    CascadeString m_Text;
+};
+
+class NuvidApp : public CascadeApp, public IPlaybackClient, private MyWindow::Client, private ISequenceActions, private ParameterParser::Client {
+public:
+    NuvidApp();
+    ~NuvidApp() override;
+
+    // Events of the platform.
+    void OnAppInit() override;
+    void OnAppExit() override;
+    void OnKeyDown(unsigned long key) override;
+    void OnKeyUp(unsigned long key) override;
+    void OnKeyWhileWaiting(unsigned long key) override;
+    void OnWormholeMessage(const CascadeMessage& message) override;
+    void OnECPCommand(const CascadeString& command, CascadeString& reply) override;
+
+    void Quit();
+
+    // Playing. OpenFile opens at once and blocks; false: "File open failed" is on the screen.
+    bool OpenFile(const EFileBrowser::FileInfo& entry);
+    void OpenFile();                          // lets the viewer choose
+    bool CloseFile(const char* path);         // null: whatever is open; else only when it is open. Whether it closed
+    void callback(const EFileBrowser::FileInfo& entry, int reason);    // something was chosen to play
+
+    void Info(const char* text, const IconOrText& second = {}, const char* line3 = "", const char* line4 = "", bool withProgress = false);
+
+    // For the engine.
+    void ShowText(const char* text) override { Info(text); }
+    bool NextFile() override;
+    bool PrevFile() override;
+    void AskForResume() override;
+
+private:
+    friend struct KeyTable;
+    friend struct CommandTable;
+
+    enum BrowseMode { kBrowseOpen = 0, kBrowseQueue = 1 };
+
+    // Start (NuvidAppStart.cpp).
+    void FindAppFolder();
+    void SetVideoRes(unsigned index, int value) override;
+    void AddFile(const char* path, const CascadeString& title) override;
+
+    // Playing (NuvidAppPlay.cpp).
+    void TimerSeq() override;
+    bool IsVideoRunning() const override { return m_Decoder.IsVideoRunning(); }
+    void OpenSelected() override;
+    bool OpenListEntry() override;
+    void SkipForward(int seconds) override;
+    void SkipBack(int seconds) override;
+    void Reselect() override;
+    void Reopen() override;
+    void EndOfFileReached() override;
+    void JumpToNextChapter() override;
+    void JumpToPrevChapter(bool repeated) override;
+    void JumpToNextBookmark() override;
+    void JumpToPrevBookmark(bool repeated) override;
+    bool OpenEntryAtCursor();
+    void EndOfQueue();
+    void ShowProgress();
+
+    // Keys (NuvidAppKeys.cpp); KeyTable.h says which key does what.
+    void PerformKey(unsigned long key);
+    template <int skip> void OnSkipKey() { RequestSkip(skip); }
+    void RequestSkip(int skip);    // index of kSkips, KeyTable.h
+    void OnPauseKey();
+    void OnPlayKey();
+    void OnStopKey();
+    void OnExitKey() { Quit(); }
+    void OnPowerKey();
+    void OnRewindKey();
+    void OnFastForwardKey();
+    void OnNextBookmarkKey();
+    void OnPrevBookmarkKey();
+    void OnNextChapterKey();
+    void OnPrevChapterKey();
+    void OnBookmarkKey();
+    void OnMenuKey();
+    void OnZoomKey();
+    void OnInfoKey();
+
+    // External commands (NuvidAppCommands.cpp); CommandTable.h says which command does what.
+    void OnSkipCommand(const char* text, Osd::Icon icon, SequenceState state, const char* seconds);
+    void OnPathCommand(BrowseMode mode, const CascadeString& path);
+    void PostponeCommand(const CommandRow& row, const CascadeString& rest);
+    void OnQuitCommand(const CascadeString&, CascadeString&) { Quit(); }
+    void OnForwardCommand(const CascadeString& rest, CascadeString& reply);
+    void OnBackCommand(const CascadeString& rest, CascadeString& reply);
+    void OnOpenCommand(const CascadeString& rest, CascadeString& reply);
+    void OnQueueCommand(const CascadeString& rest, CascadeString& reply);
+    void OnStatusQuery(const CascadeString& rest, CascadeString& reply);
+    void OnFileNameQuery(const CascadeString& rest, CascadeString& reply);
+    void OnFileProgressQuery(const CascadeString& rest, CascadeString& reply);
+    void OnTotalProgressQuery(const CascadeString& rest, CascadeString& reply);
+    void OnZoomQuery(const CascadeString& rest, CascadeString& reply);
+    void OnPing(const CascadeString& rest, CascadeString& reply);
+
+    MDecoder m_Decoder;
+    MyWindow m_Osd;
+    EProgressBar m_Progress;
+    ActionMachine m_Sequence;
+    bool m_bMenuOpen = false;    // a menu or the browser has the focus: keys are not heard
+    StartOptions m_Options;
+    KeyWindows m_Windows;
+    FastKey m_FastForward;
+    FastKey m_Rewind;
+    PlayQueue m_Queue;
+    int m_nBrowseMode = kBrowseOpen;          // what a chosen file is for
+    EFileBrowser::FileInfo m_SelectedEntry;    // the last one chosen
+    EFileBrowser::FileInfo m_CurrentEntry;     // the one being opened or played
+};
