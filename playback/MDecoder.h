@@ -47,6 +47,7 @@ public:
     bool IsVideoRunning() const;                   // streaming engaged and the end not reached
     bool CurStreamIsHTTP() const;
     bool CurStreamIsISO() const;
+    // The next three answer a text that lives until the same query is asked again.
     const char* GetCurFile() const;                // full path; null when none
     const char* GetCurFileName() const;            // name alone; null when none
     const char* GetOriginalFileName() const;       // as it was opened; null when none
@@ -94,10 +95,20 @@ public:
     CascadeString GetAudioStr(int index) const;
 
 private:
-    struct OpenResult;
+    bool OpenAndSelect(const char* path);
+    bool OpenDecoder();
+    bool ScanAndSelect();
+    bool SelectFrom(CascadeStream* scan, const char* path);
+    bool CallSelectPIDs();
     void ReadFileSettings();
     void WriteFileSettings();
-    bool OpenDecoder();
+    void Skip(int distance);
+    void Show(const char* text);
+    tagBookmark GetMark() const;
+    int VisitBookmark(int index);
+    int VisitChapter(int index);
+    bool GoToStartOf(const char* name);
+    bool ResumeOnNewFeeder(const char* path, unsigned long long position);
 
     IPlaybackClient* m_pClient = nullptr;
     std::unique_ptr<MHWDecoder> m_pHWDecoder;
@@ -129,6 +140,10 @@ private:
     int m_nZoomMode = 0;
     unsigned long long m_nHTTPSize = 0;
     uint32_t m_nDuration = 0;
+    bool m_bOpening = false;               // inside DoTheOpen: nothing has been played yet
     BookmarkList m_Bookmarks;
     BookmarkList m_Chapters;
+    mutable CascadeString m_CurFile;       // what the three queries answered last: the feed may walk on meanwhile
+    mutable CascadeString m_CurFileName;
+    mutable CascadeString m_OriginalFileName;
 };
