@@ -1,0 +1,67 @@
+// External control over TCP: accepts clients, hands their commands out one by one, sends the replies.
+//
+// Units:     at most kMostClients at once; further ones are told so and closed.
+// Errors:    Start answers a text. What a client does wrong is answered to it or ends its connection.
+// Threads:   Start, Stop and Reply on the user-interface thread; the rest on the network thread, which never
+//            waits for the other.
+// Ownership: the loop outlives it. Stop before destruction.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "host/network/ControlAddress.h"
+#include "host/network/ControlClient.h"
+#include "host/network/NetworkLoop.h"
+
+namespace host {
+
+class ControlServer {
+public:
+    static constexpr size_t kMostClients = 256;
+    // Called on the network thread; Reply is called for that client some time later.
+    using OnCommand = std::function<void(uint64_t client, std::string command)>;
+
+    ControlServer(NetworkLoop& loop, OnCommand onCommand);
+    ~ControlServer();
+    ControlServer(const ControlServer&) = delete;
+    ControlServer& operator=(const ControlServer&) = delete;
+
+    // Empty: it listens. Otherwise why not.
+    std::string Start(const ControlAddress& address);
+    uint16_t Port() const { return m_nPort; }
+    void Reply(uint64_t client, std::string reply);    // of no effect when the client has gone
+    // Takes no more commands; returns when every reply given so far is sent, at the latest after `patience`.
+    void Stop(std::chrono::milliseconds patience);
+
+private:
+    void WatchListener();
+    gboolean OnConnection();
+    void Admit(GSocket* socket);
+    void Forget(uint64_t client);
+    void FinishAll();
+    void ReportWhenEmpty();
+    void Clear();
+
+    NetworkLoop& m_Loop;
+    const OnCommand m_OnCommand;
+    uint16_t m_nPort = 0;
+    GSocket* m_pListener = nullptr;
+
+    // The network thread's own.
+    GSource* m_pListening = nullptr;
+    uint64_t m_nLastClient = 0;
+    std::map<uint64_t, std::unique_ptr<ControlClient>> m_Clients;
+    bool m_bFinishing = false;
+
+    std::mutex m_Mutex;
+    std::condition_variable m_Empty;
+    bool m_bEmpty = false;    // guarded by m_Mutex: finishing, and no client is left
+};
+
+}    // namespace host

@@ -1,0 +1,91 @@
+#include <cstdio>
+#include <memory>
+
+#include "host/base/HostHooks.h"
+#include "host/base/HostOptions.h"
+#include "host/base/UiQueue.h"
+#include "host/network/ControlCommands.h"
+#include "host/network/ControlServer.h"
+#include "host/network/NetworkLoop.h"
+
+namespace host {
+namespace {
+
+using namespace std::chrono_literals;
+
+// The last replies (the "OK" to a command that ends the program) are worth so long a wait.
+constexpr auto kLastReplies = 200ms;
+
+// Used on the user-interface thread alone.
+struct Services {
+    NetworkLoop loop;
+    ControlServer control;
+
+    Services()
+        : control(loop, [](uint64_t client, std::string command) { Hand(client, std::move(command)); })
+    {
+    }
+    ~Services()
+    {
+        control.Stop(kLastReplies);
+        loop.Stop();
+    }
+    static void Hand(uint64_t client, std::string command);
+};
+
+std::unique_ptr<Services>& Running()
+{
+    static std::unique_ptr<Services> services;
+    return services;
+}
+
+// From the network thread to the user-interface thread and back. The services may be gone by the time that
+// the command has its turn, or end while it is carried out.
+void Services::Hand(uint64_t client, std::string command)
+{
+    PostToUi([client, command = std::move(command)] {
+        if (Running() == nullptr) {
+            return;
+        }
+        std::string reply = RunControlCommand(command);
+        if (Running() != nullptr) {
+            Running()->control.Reply(client, std::move(reply));
+        }
+    });
+}
+
+}    // namespace
+
+bool StartNetworkServices()
+{
+    const std::string& where = CurrentHostOptions().ecp;
+    if (where == "off" || Running() != nullptr) {
+        return true;
+    }
+    const ControlAddress address = ParseControlAddress(where);
+    auto services = std::make_unique<Services>();
+    std::string error = address.error;
+    if (error.empty() && !services->loop.Start()) {
+        error = "out of file descriptors";
+    }
+    if (error.empty()) {
+        error = services->control.Start(address);
+    }
+    if (!error.empty()) {
+        std::fprintf(stderr, "External control is off: %s\n", error.c_str());
+        return false;
+    }
+    const bool six = address.host.find(':') != std::string::npos;
+    std::printf("External control listens on %s%s%s:%u\n", six ? "[" : "", address.host.c_str(), six ? "]" : "", static_cast<unsigned>(services->control.Port()));
+    std::fflush(stdout);
+    Running() = std::move(services);
+    return true;
+}
+
+void StopNetworkServices()
+{
+    // Out of reach first: what is still queued for the user-interface thread finds nothing.
+    const std::unique_ptr<Services> services = std::move(Running());
+}
+
+}    // namespace host
