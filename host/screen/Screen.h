@@ -1,0 +1,62 @@
+// The composed screen: the source's picture, the windows above it, and the output's resolutions.
+//
+// Units:     pixels of the output; times are host::Clock.
+// Threads:   the user-interface thread.
+// Ownership: owns the display. Keeps the last picture's planes alive until another one takes its place.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/screen/Display.h"
+
+namespace screen {
+
+class Screen {
+public:
+    Screen(std::unique_ptr<Display> display, bool stretch);
+    ~Screen();
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    Display& GetDisplay() { return *m_pDisplay; }
+
+    // Paints, moves the video on and presents what changed. Answers when the next picture is due; max(): not known.
+    host::Clock::time_point Turn();
+    void Expose();    // everything is to be drawn again; the output may have another size
+
+    unsigned ResolutionCount() const { return unsigned(m_Resolutions.size()); }
+    CascadeDims Resolution(unsigned index) const { return m_Resolutions[index]; }
+    unsigned CurrentResolution() const { return m_nResolution; }
+    bool SetResolution(unsigned index);
+
+    std::string TakeScreenshot();    // the path of the PNG; empty: failed
+    SurfacePtr Capture();
+    std::string Stats() const;       // members of a JSON object
+    void CountTurn() { ++m_nTurns; }
+
+private:
+    void FollowOutput();
+    bool TakePicture(host::Clock::time_point& next);
+    bool LayOut();
+    Scene MakeScene() const;
+    void OnPicturePresented(host::Clock::time_point asked);
+
+    std::unique_ptr<Display> m_pDisplay;
+    std::vector<CascadeDims> m_Resolutions;
+    unsigned m_nResolution = 0;
+    bool m_bStretch = false;
+    CascadeDims m_Output;
+    host::VideoFrame m_Frame;
+    host::VideoPlacement m_Placement;
+    VideoGeometry m_Geometry;
+    Changes m_Pending;
+    host::Clock::time_point m_NextPicture;
+    host::Clock::time_point m_SourceGone;    // max(): there is one, or nothing is shown
+    host::Clock::duration m_Lead{};          // from asking for a picture to its being seen
+    unsigned long m_nTurns = 0;
+    unsigned long m_nPresented = 0;
+    long m_nFirstFrameMs = -1;
+};
+
+}    // namespace screen

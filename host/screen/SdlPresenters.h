@@ -1,0 +1,22 @@
+// The presenters that show on an SDL window.
+//
+// Errors:  null: the window cannot be shown on in that way.
+// Threads: the user-interface thread. The window has to outlive its presenter.
+#pragma once
+
+#include <memory>
+
+#include "host/screen/Presenter.h"
+
+struct SDL_Window;
+
+namespace screen {
+
+bool HasGraphicsProcessor();
+
+std::unique_ptr<Presenter> MakeWindowSurfacePresenter(SDL_Window* window);
+
+// Renderers that run on the processor count as none, unless `anyRenderer`.
+std::unique_ptr<Presenter> MakeTexturePresenter(SDL_Window* window, bool anyRenderer);
+
+}    // namespace screen

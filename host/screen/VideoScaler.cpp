@@ -1,0 +1,112 @@
+#include "host/screen/VideoScaler.h"
+
+#include <cstring>
+
+extern "C" {
+#include <libavutil/pixfmt.h>
+#include <libswscale/swscale.h>
+}
+
+namespace screen {
+namespace {
+
+// The converters write whole vectors: rows have to begin on 64 bytes, and a row's last vector may be wider than the
+// picture by that much.
+constexpr int kAlignment = 64;
+constexpr int kDirectAlignment = 16;    // enough for them not to fall back to slow code
+constexpr int kVectorPixels = 16;
+
+AVPixelFormat FormatOf(host::PixelFormat format)
+{
+    switch (format) {
+    case host::PixelFormat::kYuv422:
+        return AV_PIX_FMT_YUV422P;
+    case host::PixelFormat::kYuv444:
+        return AV_PIX_FMT_YUV444P;
+    default:
+        return AV_PIX_FMT_YUV420P;
+    }
+}
+
+}    // namespace
+
+VideoScaler::~VideoScaler() { sws_freeContext(m_pContext); }
+
+bool VideoScaler::Prepare(const host::VideoFrame& frame, CascadeDims from, CascadeDims to, bool toYuv)
+{
+    SwsContext* const before = m_pContext;
+    m_pContext = sws_getCachedContext(m_pContext, from.width, from.height, FormatOf(frame.format), to.width, to.height,
+                                      toYuv ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_BGR0, SWS_FAST_BILINEAR, nullptr, nullptr, nullptr);
+    if (m_pContext == nullptr) {
+        return false;
+    }
+    const Colors colors{frame.bt709, frame.fullRange, toYuv};
+    if (m_pContext != before || !(colors == m_Colors)) {
+        const int* const table = sws_getCoefficients(frame.bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601);
+        constexpr int kOne = 1 << 16;    // contrast and saturation, 16.16
+        sws_setColorspaceDetails(m_pContext, table, frame.fullRange ? 1 : 0, table, toYuv ? 0 : 1, 0, kOne, kOne);
+        m_Colors = colors;
+    }
+    return true;
+}
+
+bool VideoScaler::Run(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* const planes[4], const int strides[4])
+{
+    const int shiftX = frame.format == host::PixelFormat::kYuv444 ? 0 : 1;
+    const int shiftY = frame.format == host::PixelFormat::kYuv420 ? 1 : 0;
+    const auto chroma = [&](int index) {
+        return frame.plane[index] + std::ptrdiff_t(source.top >> shiftY) * frame.stride[index] + (source.left >> shiftX);
+    };
+    const uint8_t* const from[4] = {frame.plane[0] + std::ptrdiff_t(source.top) * frame.stride[0] + source.left, chroma(1), chroma(2), nullptr};
+    const int fromStrides[4] = {frame.stride[0], frame.stride[1], frame.stride[2], 0};
+    return sws_scale(m_pContext, from, fromStrides, 0, source.height, planes, strides) > 0;
+}
+
+bool VideoScaler::ReserveBounce(size_t bytes)
+{
+    if (bytes > m_nBounceBytes) {
+        m_nBounceBytes = 0;
+        m_Bounce.reset(static_cast<uint8_t*>(std::aligned_alloc(kAlignment, (bytes + kAlignment - 1) / kAlignment * kAlignment)));
+        m_nBounceBytes = m_Bounce == nullptr ? 0 : bytes;
+    }
+    return m_nBounceBytes != 0;
+}
+
+bool VideoScaler::Scale(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* target, int stride, CascadeDims size)
+{
+    if (!frame || source.IsEmpty() || size.width <= 0 || size.height <= 0 || !Prepare(frame, {source.width, source.height}, size, false)) {
+        return false;
+    }
+    const bool direct = reinterpret_cast<uintptr_t>(target) % kDirectAlignment == 0 && stride % kDirectAlignment == 0 && size.width % kVectorPixels == 0;
+    if (direct) {
+        uint8_t* const planes[4] = {target, nullptr, nullptr, nullptr};
+        const int strides[4] = {stride, 0, 0, 0};
+        return Run(frame, source, planes, strides);
+    }
+    const int bounceStride = (size.width * 4 + 2 * kAlignment - 1) / kAlignment * kAlignment;
+    if (!ReserveBounce(size_t(bounceStride) * size_t(size.height) + kAlignment)) {
+        return false;
+    }
+    uint8_t* const planes[4] = {m_Bounce.get(), nullptr, nullptr, nullptr};
+    const int strides[4] = {bounceStride, 0, 0, 0};
+    if (!Run(frame, source, planes, strides)) {
+        return false;
+    }
+    for (int y = 0; y < size.height; ++y) {
+        std::memcpy(target + std::ptrdiff_t(y) * stride, m_Bounce.get() + std::ptrdiff_t(y) * bounceStride, size_t(size.width) * 4);
+    }
+    return true;
+}
+
+bool VideoScaler::ToLimited420(const host::VideoFrame& frame, uint8_t* const planes[3], const int strides[3])
+{
+    const CascadeDims size{frame.width, frame.height};
+    if (!frame || !Prepare(frame, size, size, true)) {
+        return false;
+    }
+    uint8_t* const to[4] = {planes[0], planes[1], planes[2], nullptr};
+    const int toStrides[4] = {strides[0], strides[1], strides[2], 0};
+    return Run(frame, {0, 0, size.width, size.height}, to, toStrides);
+}
+
+}    // namespace screen

@@ -1,0 +1,51 @@
+// Converts and scales one picture into pixels of the screen.
+//
+// Units:     pixels; the target is 32 bits a pixel in the byte order blue, green, red, unused.
+// Errors:    false: no converter for these sizes or no memory; the target is then undefined.
+// Threads:   one thread at a time.
+// Ownership: keeps its converter, and a buffer when the target is not aligned, for the next picture.
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+
+#include "host/base/VideoOutput.h"
+
+struct SwsContext;
+
+namespace screen {
+
+class VideoScaler {
+public:
+    VideoScaler() = default;
+    ~VideoScaler();
+    VideoScaler(const VideoScaler&) = delete;
+    VideoScaler& operator=(const VideoScaler&) = delete;
+
+    bool Scale(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* target, int stride, CascadeDims size);
+
+    // The same picture as 4:2:0 of limited range, for a renderer that takes nothing else. `planes` and `strides` are
+    // the target's.
+    bool ToLimited420(const host::VideoFrame& frame, uint8_t* const planes[3], const int strides[3]);
+
+private:
+    struct Colors {
+        bool bt709 = false;
+        bool fullRange = false;
+        bool toYuv = false;
+        friend bool operator==(const Colors&, const Colors&) = default;
+    };
+    bool Prepare(const host::VideoFrame& frame, CascadeDims from, CascadeDims to, bool toYuv);
+    bool Run(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* const planes[4], const int strides[4]);
+    bool ReserveBounce(size_t bytes);
+
+    struct FreeDeleter {
+        void operator()(uint8_t* memory) const { std::free(memory); }
+    };
+    SwsContext* m_pContext = nullptr;
+    Colors m_Colors;
+    std::unique_ptr<uint8_t, FreeDeleter> m_Bounce;
+    size_t m_nBounceBytes = 0;
+};
+
+}    // namespace screen

@@ -1,0 +1,27 @@
+// External control as the loop's tests need it: claimed handlers are kept and called by the tests themselves.
+#include "tests/screen/NetworkStub.h"
+
+#include "host/base/HostHooks.h"
+
+NetworkStub& TheNetwork()
+{
+    static NetworkStub stub;
+    return stub;
+}
+
+namespace host {
+
+bool StartNetworkServices()
+{
+    ++TheNetwork().starts;
+    return true;
+}
+
+void StopNetworkServices() { ++TheNetwork().stops; }
+
+void ClaimCommandPrefix(const std::string& prefix, std::function<std::string(const std::string&)> handler)
+{
+    TheNetwork().handlers[prefix] = std::move(handler);
+}
+
+}    // namespace host
