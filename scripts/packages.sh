@@ -14,6 +14,8 @@ packages_run="ffmpeg"
 
 packages_test="libgtest-dev libgmock-dev python3 ffmpeg dvdauthor genisoimage nginx-light|nginx-core|nginx-full|nginx iproute2 util-linux"
 
+packages_bench="libbenchmark-dev xvfb mpv xdotool"
+
 is_installed() {
   [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
 }
