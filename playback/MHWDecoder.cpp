@@ -55,11 +55,11 @@ unsigned long ReadInside(CascadeStream& stream, unsigned char* buffer, unsigned 
         const bool inside = to < length;
         const unsigned long want = std::min(count - got, inside ? length - to : sizeof dropped);
         const unsigned long now = stream.ReadBytes(want, inside ? buffer + to : dropped);
-        got += std::min(now, want);
-        if (now < want) {
+        if (now == 0) {
             interrupted = stream.WasInterrupted();
             break;
         }
+        got += std::min(now, want);
     }
     return got;
 }
