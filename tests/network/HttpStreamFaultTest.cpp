@@ -1,0 +1,387 @@
+// The HTTP stream against servers that lie, hang, break off and change.
+#include <gtest/gtest.h>
+
+#include "platform/CascadeHTTPStream.h"
+#include "tests/network/FaultyServer.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr size_t kMiB = 1024 * 1024;
+
+std::string_view Resource(size_t size = 3 * kMiB + 5)
+{
+    return std::string_view(Noise()).substr(0, size);
+}
+
+// Reads on in pieces like a decoder's buffers until a short one.
+std::string ReadAll(CascadeHTTPStream& stream, size_t piece = 192512)
+{
+    std::string all;
+    std::string buffer(piece, '\0');
+    unsigned long count = 0;
+    do {
+        count = stream.ReadBytes(piece, buffer.data());
+        all.append(buffer, 0, count);
+    } while (count == piece);
+    return all;
+}
+
+std::string ReadAt(CascadeHTTPStream& stream, uint64_t position, size_t length)
+{
+    std::string buffer(length, '\0');
+    if (!stream.SeekToPosition(position)) {
+        return "refused";
+    }
+    buffer.resize(stream.ReadBytes(length, buffer.data()));
+    return buffer;
+}
+
+std::string ErrorOf(const CascadeHTTPStream& stream)
+{
+    CascadeString text;
+    (void)stream.LookupMetadata("error", text);
+    return text.Str();
+}
+
+// Compared by hand: a difference of megabytes is no help in a log.
+void ExpectSame(std::string_view got, std::string_view wanted)
+{
+    ASSERT_EQ(got.size(), wanted.size());
+    const auto at = std::mismatch(got.begin(), got.end(), wanted.begin());
+    EXPECT_EQ(at.first - got.begin(), static_cast<std::ptrdiff_t>(wanted.size())) << "first difference";
+}
+
+class HttpStreamFault : public ::testing::Test {
+protected:
+    HttpStreamFault()
+    {
+        m_Stream.SetConnectTimeout(5000000);
+        m_Stream.SetReceiveTimeout(5000000);
+    }
+    void ExpectRefusal(const std::string& answer, const std::string& reason)
+    {
+        FaultyServer server([&answer](Wire& wire, const Asked&, size_t) { wire.Send(answer); });
+        EXPECT_FALSE(m_Stream.Open(server.Url().c_str())) << answer;
+        EXPECT_NE(ErrorOf(m_Stream).find(reason), std::string::npos) << ErrorOf(m_Stream);
+        EXPECT_EQ(m_Stream.ReadBytes(1, &m_Byte), 0u);
+    }
+
+    CascadeHTTPStream m_Stream;
+    char m_Byte = 0;
+};
+
+TEST_F(HttpStreamFault, ErrorsOfTheServerFailTheOpenWithTheirText)
+{
+    ExpectRefusal("HTTP/1.1 404 Not Found\r\nContent-Length: 3\r\n\r\nno\n", "404 Not Found");
+    ExpectRefusal("HTTP/1.1 500 Oh\r\nContent-Length: 0\r\n\r\n", "500 Oh");
+    ExpectRefusal("HTTP/1.1 304 Not Modified\r\n\r\n", "304");
+    ExpectRefusal("HTTP/1.1 206 Partial Content\r\nContent-Range: bytes 5-9/10\r\nContent-Length: 5\r\n\r\n12345", "not asked for");
+    ExpectRefusal("220 this is another service\r\n", "");
+    ExpectRefusal("", "");
+    ExpectRefusal("HTTP/1.1 200 OK\r\nX: " + std::string(400 * 1024, 'x') + "\r\n\r\n", "");
+}
+
+TEST_F(HttpStreamFault, OnlyHttpIsSpoken)
+{
+    for (const char* const url : {"", "nonsense", "file:///etc/hostname", "https://127.0.0.1/x", "ftp://127.0.0.1/x", "http://", "http://bad host/"}) {
+        EXPECT_FALSE(m_Stream.Open(url)) << url;
+    }
+    EXPECT_FALSE(m_Stream.Open(nullptr));
+    const std::string refused = "http://127.0.0.1:" + std::to_string(FreePort()) + "/";
+    EXPECT_FALSE(m_Stream.Open(refused.c_str()));
+}
+
+TEST_F(HttpStreamFault, RedirectionsLeadToHttpOnlyAndNotInCircles)
+{
+    FaultyServer server([](Wire& wire, const Asked& asked, size_t) {
+        const auto moveTo = [&wire](const std::string& where) { wire.Send("HTTP/1.1 302 Found\r\nLocation: " + where + "\r\nContent-Length: 4\r\nConnection: close\r\n\r\nmove"); };
+        if (asked.target == "/good") {
+            moveTo("/there");
+        } else if (asked.target == "/there") {
+            wire.Send(GoodHead(Resource(), asked));
+            wire.Send(GoodBody(Resource(), asked));
+        } else if (asked.target == "/circle") {
+            moveTo("/circle");
+        } else if (asked.target == "/file") {
+            moveTo("file:///etc/hostname");
+        } else {
+            moveTo("https://127.0.0.1/");
+        }
+    });
+    for (const char* const bad : {"/circle", "/file", "/https"}) {
+        EXPECT_FALSE(m_Stream.Open(server.Url(bad).c_str())) << bad;
+        EXPECT_FALSE(ErrorOf(m_Stream).empty());
+    }
+    ASSERT_TRUE(m_Stream.Open(server.Url("/good").c_str()));
+    EXPECT_EQ(ErrorOf(m_Stream), "");
+    ExpectSame(ReadAll(m_Stream), Resource());
+    ExpectSame(ReadAt(m_Stream, 100, 50), Resource().substr(100, 50));
+}
+
+TEST_F(HttpStreamFault, SilenceBeforeTheHeadersEndsTheOpen)
+{
+    m_Stream.SetReceiveTimeout(200000);
+    m_Stream.SetConnectTimeout(200000);
+    FaultyServer mute([](Wire& wire, const Asked&, size_t) { wire.HangUntilClosed(); });
+    EXPECT_FALSE(m_Stream.Open(mute.Url().c_str()));
+    EXPECT_NE(ErrorOf(m_Stream).find("silent"), std::string::npos);
+    // A header now and then is a sign of life, but no way to hold a player for ever.
+    FaultyServer dripping([](Wire& wire, const Asked&, size_t) {
+        wire.Send("HTTP/1.1 200 OK\r\n");
+        do {
+            std::this_thread::sleep_for(50ms);    // the server's slowness, not the test's
+        } while (wire.Send("X: y\r\n"));
+    });
+    EXPECT_FALSE(m_Stream.Open(dripping.Url().c_str()));
+}
+
+TEST_F(HttpStreamFault, SilenceInMidStreamCountsAsTheEndUntilTheNextSeek)
+{
+    m_Stream.SetReceiveTimeout(300000);
+    FaultyServer server([](Wire& wire, const Asked& asked, size_t number) {
+        wire.Send(GoodHead(Resource(), asked));
+        wire.Send(number == 0 ? GoodBody(Resource(), asked).substr(0, 1000) : GoodBody(Resource(), asked));
+        wire.HangUntilClosed();
+    });
+    ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+    ExpectSame(ReadAll(m_Stream), Resource().substr(0, 1000));
+    EXPECT_FALSE(m_Stream.WasInterrupted());
+    EXPECT_EQ(m_Stream.GetPosition(), 1000u);
+    EXPECT_EQ(m_Stream.GetSize(), Resource().size() - 1000);
+    ExpectSame(ReadAt(m_Stream, 900, 5000), Resource().substr(900, 5000));
+    EXPECT_EQ(server.Asks().at(1).from, 1000u);
+}
+
+TEST_F(HttpStreamFault, SlowTrickleIsNoSilence)
+{
+    m_Stream.SetReceiveTimeout(400000);
+    FaultyServer server([](Wire& wire, const Asked& asked, size_t) {
+        wire.Send(WholeHead(1000));
+        for (size_t at = 0; at < 1000; at += 100) {
+            wire.Send(GoodBody(Resource(), asked).substr(at, 100));
+            std::this_thread::sleep_for(60ms);    // the server's slowness, not the test's
+        }
+    });
+    ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+    ExpectSame(ReadAll(m_Stream), Resource(1000));
+}
+
+TEST_F(HttpStreamFault, BrokenConnectionGoesOnAtTheSameByte)
+{
+    constexpr size_t kBreaks[] = {1, 70001, 1500000};
+    FaultyServer server([&](Wire& wire, const Asked& asked, size_t number) {
+        wire.Send(GoodHead(Resource(), asked, "ETag: \"seven\"\r\n"));
+        const std::string_view body = GoodBody(Resource(), asked);
+        const size_t from = Resource().size() - body.size();
+        if (number == 3) {
+            wire.Reset();    // nothing but the headers, and those may be lost as well
+            return;
+        }
+        wire.Send(number < 3 ? body.substr(0, kBreaks[number] - from) : body);
+    });
+    ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+    ExpectSame(ReadAll(m_Stream), Resource());
+    const std::vector<Asked> asks = server.Asks();
+    ASSERT_GE(asks.size(), 5u);
+    for (size_t number = 1; number <= 3; ++number) {
+        EXPECT_EQ(asks[number].from, kBreaks[number - 1]);
+        EXPECT_EQ(asks[number].headers.at("if-range"), "\"seven\"");
+    }
+    EXPECT_EQ(asks[4].from, kBreaks[2]);
+    EXPECT_EQ(asks[0].headers.at("accept-encoding"), "identity");
+}
+
+TEST_F(HttpStreamFault, BrokenConnectionWithoutRangesReadsEverythingAgain)
+{
+    FaultyServer server([&](Wire& wire, const Asked&, size_t number) {
+        wire.Send(WholeHead(Resource().size()));
+        wire.Send(Resource().substr(0, number == 0 ? 500000 : Resource().size()));
+    });
+    ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+    ExpectSame(ReadAll(m_Stream), Resource());
+    EXPECT_EQ(server.Asks().size(), 2u);
+}
+
+TEST_F(HttpStreamFault, ServerThatKeepsFailingIsGivenUp)
+{
+    FaultyServer server([](Wire& wire, const Asked& asked, size_t number) {
+        if (number == 0) {
+            wire.Send(GoodHead(Resource(), asked));
+            wire.Send(Resource().substr(0, 1000));
+        } else if (number == 1) {
+            wire.Send("HTTP/1.1 503 Busy\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+        } else {
+            wire.Send("HTTP/1.1 410 Gone\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+        }
+    });
+    ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+    ExpectSame(ReadAll(m_Stream), Resource(1000));
+    EXPECT_EQ(server.Asks().size(), 3u);
+}
+
+TEST_F(HttpStreamFault, LengthThatIsTooLongEndsWhereTheBytesEnd)
+{
+    for (const bool ranges : {true, false}) {
+        FaultyServer server([ranges](Wire& wire, const Asked& asked, size_t) {
+            if (ranges && asked.from) {
+                wire.Send(GoodHead(Resource(100000), asked));
+            } else {
+                wire.Send(WholeHead(200000, ranges ? "Accept-Ranges: bytes\r\n" : ""));
+                wire.Send(Resource(100000));
+            }
+        });
+        ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+        EXPECT_EQ(m_Stream.GetSize(), 200000u);
+        ExpectSame(ReadAll(m_Stream), Resource(100000));
+    }
+}
+
+TEST_F(HttpStreamFault, LengthThatIsTooShortIsNotTheEndWhereRangesTellMore)
+{
+    for (const bool ranges : {true, false}) {
+        FaultyServer server([ranges](Wire& wire, const Asked& asked, size_t) {
+            if (ranges && asked.from) {
+                wire.Send(GoodHead(Resource(), asked));
+                wire.Send(GoodBody(Resource(), asked));
+            } else {
+                wire.Send(WholeHead(100000, ranges ? "Accept-Ranges: bytes\r\n" : ""));
+                wire.Send(Resource());
+            }
+        });
+        ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+        ExpectSame(ReadAll(m_Stream), ranges ? Resource() : Resource(100000));
+        EXPECT_EQ(m_Stream.GetSize(), 0u);
+    }
+}
+
+TEST_F(HttpStreamFault, ChunkedWithoutLengthHasNoSizeAndSurvivesABreak)
+{
+    FaultyServer server([](Wire& wire, const Asked& asked, size_t number) {
+        if (asked.from) {
+            wire.Send(GoodHead(Resource(), asked));
+            wire.Send(GoodBody(Resource(), asked));
+            return;
+        }
+        wire.Send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\nConnection: close\r\n\r\n");
+        for (size_t at = 0; at < Resource().size(); at += 0x8000) {
+            const std::string_view chunk = Resource().substr(at, 0x8000);
+            char size[16];
+            std::snprintf(size, sizeof(size), "%zx\r\n", chunk.size());
+            wire.Send(std::string(size) + std::string(chunk) + "\r\n");
+            if (number == 1 && at > 700000) {
+                wire.Send("8000\r\nhalf a ch");
+                return;
+            }
+        }
+        wire.Send("0\r\nTrailer: yes\r\n\r\n");
+    });
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+        EXPECT_EQ(m_Stream.GetSize(), 0u);
+        const std::string got = ReadAll(m_Stream);
+        if (round == 0) {
+            ExpectSame(got, Resource());
+        } else {
+            // What stood in the half chunk was sent, so the rest is asked for behind it.
+            ASSERT_EQ(got.size(), Resource().size());
+            EXPECT_GT(server.Asks().back().from, 700000u);
+        }
+    }
+}
+
+struct Lie {
+    const char* name;
+    std::function<void(Wire&, const Asked&)> onRange;
+};
+
+class HttpStreamLies : public HttpStreamFault, public ::testing::WithParamInterface<Lie> {};
+
+TEST_P(HttpStreamLies, SeeksArriveAtTheRightBytesAllTheSame)
+{
+    FaultyServer server([](Wire& wire, const Asked& asked, size_t) {
+        if (asked.from) {
+            GetParam().onRange(wire, asked);
+        } else {
+            wire.Send(WholeHead(Noise().size()));
+            wire.Send(Noise());
+        }
+    });
+    const std::string_view noise = Noise();
+    ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+    ExpectSame(ReadAt(m_Stream, 0, 1000), noise.substr(0, 1000));
+    ExpectSame(ReadAt(m_Stream, 9000000, 300000), noise.substr(9000000, 300000));
+    ExpectSame(ReadAt(m_Stream, 12000000, 300000), noise.substr(12000000, 300000));
+    ExpectSame(ReadAt(m_Stream, 20000, 2000000), noise.substr(20000, 2000000));
+    ExpectSame(ReadAt(m_Stream, noise.size() - 10, 100), noise.substr(noise.size() - 10));
+    EXPECT_TRUE(m_Stream.SeekToPosition(noise.size()));
+    EXPECT_FALSE(m_Stream.SeekToPosition(noise.size() + 1));
+    EXPECT_EQ(m_Stream.GetPosition(), noise.size());
+}
+
+void SendPart(Wire& wire, uint64_t first, const std::string& contentRange)
+{
+    wire.Send("HTTP/1.1 206 Partial Content\r\nContent-Length: " + std::to_string(Noise().size() - first) + "\r\nConnection: close\r\n" + contentRange + "\r\n");
+    wire.Send(std::string_view(Noise()).substr(first));
+}
+
+std::string RangeHeader(uint64_t first)
+{
+    const std::string size = std::to_string(Noise().size());
+    return "Content-Range: bytes " + std::to_string(first) + "-" + std::to_string(Noise().size() - 1) + "/" + size + "\r\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(Lies, HttpStreamLies,
+    ::testing::Values(
+        Lie {"TruthForComparison",
+            [](Wire& wire, const Asked& asked) {
+                wire.Send(GoodHead(Noise(), asked));
+                wire.Send(GoodBody(Noise(), asked));
+            }},
+        Lie {"EverythingInstead",
+            [](Wire& wire, const Asked&) {
+                wire.Send(WholeHead(Noise().size()));
+                wire.Send(Noise());
+            }},
+        Lie {"BeginsEarlier", [](Wire& wire, const Asked& asked) { SendPart(wire, *asked.from / 2, RangeHeader(*asked.from / 2)); }},
+        Lie {"BeginsLater", [](Wire& wire, const Asked& asked) { SendPart(wire, std::min(*asked.from + 5, Noise().size()), RangeHeader(*asked.from + 5)); }},
+        Lie {"DoesNotSayWhereItBegins", [](Wire& wire, const Asked& asked) { SendPart(wire, *asked.from, ""); }},
+        Lie {"RefusesWhatItHas",
+            [](Wire& wire, const Asked&) { wire.Send("HTTP/1.1 416 Range Not Satisfiable\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"); }},
+        Lie {"PieceByPiece",
+            [](Wire& wire, const Asked& asked) {
+                const uint64_t last = std::min(*asked.from + 99999, Noise().size() - 1);
+                if (*asked.from >= Noise().size()) {
+                    wire.Send(GoodHead(Noise(), asked));
+                    return;
+                }
+                wire.Send("HTTP/1.1 206 Partial Content\r\nContent-Length: " + std::to_string(last + 1 - *asked.from) + "\r\nContent-Range: bytes " + std::to_string(*asked.from) + "-"
+                    + std::to_string(last) + "/" + std::to_string(Noise().size()) + "\r\nConnection: close\r\n\r\n");
+                wire.Send(std::string_view(Noise()).substr(*asked.from, last + 1 - *asked.from));
+            }}),
+    [](const ::testing::TestParamInfo<Lie>& lie) { return lie.param.name; });
+
+TEST_F(HttpStreamFault, ResourceThatChangesWhileTheConnectionIsBroken)
+{
+    for (const bool grows : {true, false}) {
+        FaultyServer server([grows](Wire& wire, const Asked& asked, size_t number) {
+            if (number == 0) {
+                wire.Send(GoodHead(Resource(2 * kMiB), asked, "ETag: \"old\"\r\n"));
+                wire.Send(Resource(600000));
+                return;
+            }
+            const std::string_view now = Resource(grows ? 3 * kMiB : kMiB);
+            Asked answered = asked;
+            if (asked.headers.contains("if-range")) {
+                answered.from.reset();
+            }
+            wire.Send(GoodHead(now, answered, "ETag: \"new\"\r\n"));
+            wire.Send(GoodBody(now, answered));
+        });
+        ASSERT_TRUE(m_Stream.Open(server.Url().c_str()));
+        ExpectSame(ReadAll(m_Stream), grows ? Resource(3 * kMiB) : Resource(600000));
+    }
+}
+
+}    // namespace
