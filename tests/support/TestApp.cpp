@@ -1,4 +1,5 @@
 // The application object, its keys, its waiting and its messages, driven by the test.
+#include <algorithm>
 #include <deque>
 #include <mutex>
 #include <utility>
@@ -24,6 +25,7 @@ struct AppState {
     bool waitEnded = false;
     std::deque<std::function<void()>> afterWait;
     std::vector<TestPlatform::DispatchedKey> keys;
+    std::map<unsigned long, CascadeWindow*> takenBy;    // keys that are down and that a window handled
     int activity = 0;
 };
 AppState g_App;
@@ -203,7 +205,7 @@ std::vector<std::string> ClaimedPrefixes()
 
 std::string Command(const char* text)
 {
-    CascadeString reply;
+    CascadeString reply("Unknown command");
     if (CascadeApp::s_pTheApp != nullptr) {
         CascadeApp::s_pTheApp->OnECPCommand(text, reply);
     }
@@ -219,19 +221,19 @@ void KeyDown(unsigned long key)
         }
         return;
     }
-    bool handled = false;
     if (CascadeWindow* const window = FocusWindow()) {
-        if (Remote::IsNavigation(static_cast<uint32_t>(key))) {
-            CascadeWindow* next = nullptr;
-            handled = window->OnNavKey(key, next);
+        CascadeWindow* next = nullptr;
+        const bool navigation = Remote::IsNavigation(static_cast<uint32_t>(key));
+        if (navigation ? window->OnNavKey(key, next) : window->OnKeyDown(key)) {
+            g_App.takenBy[key] = next != nullptr ? next : window;
             if (next != nullptr) {
                 next->TakeFocus();
             }
-        } else {
-            handled = window->OnKeyDown(key);
+            return;
         }
     }
-    if (!handled && app != nullptr) {
+    g_App.takenBy.erase(key);
+    if (app != nullptr) {
         app->OnKeyDown(key);
     }
 }
@@ -239,6 +241,13 @@ void KeyDown(unsigned long key)
 void KeyUp(unsigned long key)
 {
     if (g_App.waiting) {
+        return;
+    }
+    if (const auto taken = g_App.takenBy.extract(key)) {
+        const std::vector<CascadeWindow*> windows = WindowsOnScreen();
+        if (std::find(windows.begin(), windows.end(), taken.mapped()) != windows.end()) {
+            taken.mapped()->OnKeyUp(key);
+        }
         return;
     }
     CascadeWindow* const window = FocusWindow();

@@ -2,8 +2,8 @@
 // host/base (strings, files, threads) stays real.
 //
 // Units:   milliseconds; logical pixels unless said otherwise.
-// Threads: the test's own thread is the user-interface thread. The clock, posted messages and the decoder's
-//          records may also be used from a thread that the test starts.
+// Threads: the thread that calls Reset is the user-interface thread. The clock, posted messages, Redraw and
+//          the decoder's records may also be used from a thread that the test starts.
 // Use:     derive the fixture from PlatformTest, or call Reset first. Nothing happens by itself: messages,
 //          keys, timers and painting wait until the test asks for them.
 #pragma once
@@ -42,9 +42,10 @@ void SetLoop(std::function<void()> loop);
 bool WasTerminated();
 int ExitCode();
 std::vector<std::string> ClaimedPrefixes();
-std::string Command(const char* text);    // through OnECPCommand of the application; the reply
+std::string Command(const char* text);    // through OnECPCommand of the application; the reply it leaves in "Unknown command"
 
-// ---- keys: as the box delivers them (focused window first, then the application)
+// ---- keys: as the box delivers them: the focused window first, then the application; a release goes to the
+// window that handled the press
 void PressKey(unsigned long key);    // down and up
 void KeyDown(unsigned long key);
 void KeyUp(unsigned long key);

@@ -1,6 +1,8 @@
 // Windows: which are on screen, which has the focus, which asked for painting.
 #include <algorithm>
 #include <map>
+#include <mutex>
+#include <thread>
 
 #include "platform/CascadeWindow.h"
 #include "tests/support/TestInternals.h"
@@ -11,6 +13,7 @@ namespace {
 struct Shown {
     CascadeWindow* window;
     CascadeWindow::Plane plane;
+    bool hadFocus = false;
 };
 struct PaintState {
     int redraws = 0;
@@ -21,9 +24,14 @@ std::vector<Shown> g_Shown;    // lowest first
 CascadeWindow* g_pFocus = nullptr;
 std::map<const CascadeWindow*, PaintState> g_Paint;
 
-bool TakeOff(const CascadeWindow* window)
+std::thread::id g_TestThread;
+std::mutex g_AskedMutex;
+std::vector<const CascadeWindow*> g_Asked;    // for painting, by loaders; guarded by g_AskedMutex
+
+Shown* Find(const CascadeWindow* window)
 {
-    return std::erase_if(g_Shown, [window](const Shown& shown) { return shown.window == window; }) > 0;
+    const auto found = std::find_if(g_Shown.begin(), g_Shown.end(), [window](const Shown& shown) { return shown.window == window; });
+    return found == g_Shown.end() ? nullptr : &*found;
 }
 
 void MoveFocus(CascadeWindow* to)
@@ -33,6 +41,9 @@ void MoveFocus(CascadeWindow* to)
     }
     CascadeWindow* const from = g_pFocus;
     g_pFocus = to;
+    if (Shown* const shown = Find(to)) {
+        shown->hadFocus = true;
+    }
     if (from != nullptr) {
         from->OnFocus(false);
     }
@@ -41,9 +52,44 @@ void MoveFocus(CascadeWindow* to)
     }
 }
 
-CascadeWindow* Topmost()
+void AskForPainting(const CascadeWindow* window)
 {
-    return g_Shown.empty() ? nullptr : g_Shown.back().window;
+    if (Find(window) != nullptr) {
+        ++g_Paint[window].redraws;
+        g_Paint[window].needed = true;
+    }
+}
+
+PaintState StateOf(const CascadeWindow& window)
+{
+    std::vector<const CascadeWindow*> asked;
+    {
+        const std::lock_guard lock(g_AskedMutex);
+        asked.swap(g_Asked);
+    }
+    std::for_each(asked.begin(), asked.end(), AskForPainting);
+    const auto found = g_Paint.find(&window);
+    return found == g_Paint.end() ? PaintState() : found->second;
+}
+
+// The topmost window that ever had the focus, or else the topmost.
+CascadeWindow* Heir()
+{
+    const auto heir = std::find_if(g_Shown.rbegin(), g_Shown.rend(), [](const Shown& shown) { return shown.hadFocus; });
+    return heir != g_Shown.rend() ? heir->window : (g_Shown.empty() ? nullptr : g_Shown.back().window);
+}
+
+// A window that leaves the screen is not told of the focus it loses.
+bool TakeOff(const CascadeWindow* window)
+{
+    if (std::erase_if(g_Shown, [window](const Shown& shown) { return shown.window == window; }) == 0) {
+        return false;
+    }
+    if (g_pFocus == window) {
+        g_pFocus = nullptr;
+        MoveFocus(Heir());
+    }
+    return true;
 }
 
 }    // namespace
@@ -54,36 +100,34 @@ CascadeWindow::~CascadeWindow()
 {
     TakeOff(this);
     g_Paint.erase(this);
-    if (g_pFocus == this) {
-        g_pFocus = nullptr;    // this one is no longer told
-        MoveFocus(Topmost());
-    }
 }
 
 void CascadeWindow::Materialize(Plane plane)
 {
-    TakeOff(this);
+    if (IsMaterialized()) {
+        return;
+    }
     const auto above = std::find_if(g_Shown.begin(), g_Shown.end(), [plane](const Shown& shown) { return shown.plane > plane; });
     g_Shown.insert(above, {this, plane});
     Redraw();
+    if (g_pFocus == nullptr) {
+        MoveFocus(this);
+    }
     OnMaterialize();
 }
 
 void CascadeWindow::Vanish()
 {
-    if (!TakeOff(this)) {
-        return;
+    if (IsMaterialized()) {
+        g_Paint[this].needed = false;
+        TakeOff(this);
+        OnVanish();    // may delete this window
     }
-    g_Paint[this].needed = false;
-    if (g_pFocus == this) {
-        MoveFocus(Topmost());
-    }
-    OnVanish();    // may delete this window
 }
 
 bool CascadeWindow::IsMaterialized() const
 {
-    return std::any_of(g_Shown.begin(), g_Shown.end(), [this](const Shown& shown) { return shown.window == this; });
+    return Find(this) != nullptr;
 }
 
 void CascadeWindow::SetRect(const CascadeRect& rect)
@@ -96,10 +140,12 @@ void CascadeWindow::SetRect(const CascadeRect& rect)
 
 void CascadeWindow::Redraw()
 {
-    if (IsMaterialized()) {
-        ++g_Paint[this].redraws;
-        g_Paint[this].needed = true;
+    if (std::this_thread::get_id() == g_TestThread) {
+        AskForPainting(this);
+        return;
     }
+    const std::lock_guard lock(g_AskedMutex);
+    g_Asked.push_back(this);
 }
 
 void CascadeWindow::TakeFocus()
@@ -119,6 +165,9 @@ void TestInternals::ResetWindows()
     g_Shown.clear();
     g_Paint.clear();
     g_pFocus = nullptr;
+    g_TestThread = std::this_thread::get_id();
+    const std::lock_guard lock(g_AskedMutex);
+    g_Asked.clear();
 }
 
 namespace TestPlatform {
@@ -139,14 +188,12 @@ CascadeWindow* FocusWindow()
 
 int RedrawCount(const CascadeWindow& window)
 {
-    const auto found = g_Paint.find(&window);
-    return found == g_Paint.end() ? 0 : found->second.redraws;
+    return StateOf(window).redraws;
 }
 
 bool NeedsPaint(const CascadeWindow& window)
 {
-    const auto found = g_Paint.find(&window);
-    return found != g_Paint.end() && found->second.needed;
+    return StateOf(window).needed;
 }
 
 std::vector<Drawing> Paint(CascadeWindow& window)
