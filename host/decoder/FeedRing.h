@@ -1,0 +1,93 @@
+// The ring of input buffers and the thread that has them filled.
+//
+// Order: buffers are offered in turn. One that was filled is offered again when its last byte has been
+// taken. A fill of 0 moves on to the next buffer at once; a whole turn of them, which is only possible
+// when everything has been taken, is the end of what there is, and the feed then rests for a moment
+// before it asks again.
+//
+// Units:     bytes.
+// Threads:   Configure, Start, Stop and Forget on the user-interface thread; Read and WaitForData on the
+//            demultiplexing thread; `fill` and `error` are called on the ring's own thread, without a lock.
+// Ownership: owns the buffers and the thread.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "host/base/UiQueue.h"
+#include "host/decoder/Opening.h"
+
+namespace host {
+
+class FeedRing {
+public:
+    using Fill = std::function<unsigned long(unsigned char* buffer, unsigned long length)>;
+
+    FeedRing(Opening& opening, Fill fill, std::function<void()> error);
+    ~FeedRing();
+    FeedRing(const FeedRing&) = delete;
+    FeedRing& operator=(const FeedRing&) = delete;
+
+    // Only while stopped. False: no memory.
+    bool Configure(size_t buffers, size_t bytesEach);
+    void Start();
+    void Stop();      // returns when no callback runs and none will start
+    void Forget();    // drops what is in the ring; the first buffer is next. Only while stopped
+    void Kick();      // the opening has changed
+
+    // Up to `length` bytes; 0 at the end of what there is; -1 when `opening` is over.
+    int Read(Opening::Number opening, unsigned char* to, int length);
+    // After an end: false when `opening` is over before there is more.
+    bool WaitForData(Opening::Number opening);
+
+    void ReportError();    // any thread: `error` is called once on the feeding thread
+
+    bool IsBeingStopped() const { return m_Token.IsInterrupted(); }
+    bool RestUnlessStopped(uint32_t milliseconds) const;
+
+    uint64_t BytesFed() const { return m_nBytesFed; }
+    uint64_t Fills() const { return m_nFills; }
+    size_t BytesHeld() const { return m_nBytesHeld; }
+
+private:
+    struct Buffer {
+        std::vector<unsigned char> bytes;
+        size_t filled = 0;
+        size_t taken = 0;
+    };
+    void Run();
+    void Offer(std::unique_lock<std::mutex>& lock);
+    void Rest(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds time);
+
+    Opening& m_Opening;
+    const Fill m_Fill;
+    const std::function<void()> m_Error;
+    mutable InterruptToken m_Token;
+
+    mutable std::mutex m_Mutex;
+    std::condition_variable m_FeedMayGo;
+    std::condition_variable m_DataChanged;
+    std::condition_variable m_CallbackDone;
+    mutable std::condition_variable m_StopAsked;
+    std::vector<Buffer> m_Buffers;
+    std::deque<size_t> m_Filled;    // in the order of filling
+    size_t m_nNext = 0;
+    size_t m_nZeroFills = 0;
+    bool m_bEnd = false;
+    bool m_bStreaming = false;
+    bool m_bInCallback = false;
+    bool m_bErrorAsked = false;
+    bool m_bQuit = false;
+    std::atomic<uint64_t> m_nBytesFed{0};
+    std::atomic<uint64_t> m_nFills{0};
+    std::atomic<size_t> m_nBytesHeld{0};
+    std::thread m_Thread;
+};
+
+}    // namespace host

@@ -1,0 +1,206 @@
+#include "host/decoder/Present.h"
+
+#include "host/decoder/StampLine.h"
+
+namespace host {
+namespace {
+
+constexpr std::chrono::milliseconds kBlackAfterClose{500};
+// A picture later than this gives way to the next when that one is due too.
+constexpr std::chrono::milliseconds kLate{40};
+constexpr int64_t kTooLateTicks = 9000;
+constexpr std::chrono::milliseconds kDrought{100};
+constexpr std::chrono::milliseconds kEarly{1};
+constexpr size_t kPictures = 5;
+constexpr size_t kLargePictures = 4;      // of high definition, three megabytes each
+constexpr size_t kRefillAt = 2;
+
+}    // namespace
+
+Present::Present(Opening& opening, PlayClock& clock, AudioSink& sink, DecoderStats& stats) : m_Opening(opening), m_Clock(clock), m_Sink(sink), m_Stats(stats) {}
+
+void Present::Opened()
+{
+    std::lock_guard lock(m_Mutex);
+    m_Queue.clear();
+    m_bFirst = true;
+    m_bHandedOut = false;
+    m_BlackAt.reset();
+}
+
+void Present::Closed(Clock::time_point now)
+{
+    std::lock_guard lock(m_Mutex);
+    m_Queue.clear();
+    m_bHandedOut = false;
+    m_Last = {};
+    if (m_bOnScreen) {
+        m_BlackAt = now + kBlackAfterClose;
+    }
+}
+
+void Present::Blank()
+{
+    {
+        std::lock_guard lock(m_Mutex);
+        if (!m_bOnScreen || !m_bFirst) {
+            return;
+        }
+        m_BlackAt = Clock::time_point::min();
+    }
+    NotifyVideo();
+}
+
+void Present::SetPlacement(const VideoPlacement& placement)
+{
+    std::lock_guard lock(m_Mutex);
+    m_Placement = placement;
+}
+
+VideoPlacement Present::Placement() const
+{
+    std::lock_guard lock(m_Mutex);
+    return m_Placement;
+}
+
+size_t Present::Capacity() const
+{
+    return !m_Queue.empty() && m_Queue.front().frame.height > 576 ? kLargePictures : kPictures;
+}
+
+bool Present::WaitForRoom(Opening::Number opening)
+{
+    std::unique_lock lock(m_Mutex);
+    m_Room.wait(lock, [&] { return !m_Opening.Is(opening) || m_Queue.size() <= kRefillAt; });
+    return m_Opening.Is(opening);
+}
+
+bool Present::HasRoom() const
+{
+    std::lock_guard lock(m_Mutex);
+    return m_Queue.size() < Capacity();
+}
+
+void Present::Push(Opening::Number opening, TimedPicture picture)
+{
+    bool notify = false;
+    {
+        std::lock_guard lock(m_Mutex);
+        if (!m_Opening.Is(opening)) {
+            return;
+        }
+        m_Queue.push_back(std::move(picture));
+        notify = m_bScreenWaits;
+        m_bScreenWaits = false;
+    }
+    if (notify) {
+        NotifyVideo();
+    }
+}
+
+bool Present::IsTooLate(int64_t ticks, int64_t duration) const
+{
+    return m_Clock.IsRunning() && m_Clock.TicksAt(Clock::now()) > ticks + duration + kTooLateTicks;
+}
+
+void Present::Kick()
+{
+    { std::lock_guard lock(m_Mutex); }
+    m_Room.notify_all();
+}
+
+bool Present::TakeBlack(Clock::time_point now, VideoFrame& frame, Clock::time_point& next)
+{
+    if (!m_BlackAt) {
+        return false;
+    }
+    if (now < *m_BlackAt) {
+        next = std::min(next, *m_BlackAt);
+        return false;
+    }
+    m_BlackAt.reset();
+    m_bOnScreen = false;
+    frame = {};
+    return true;
+}
+
+void Present::DropLate(Clock::time_point now)
+{
+    unsigned dropped = 0;
+    while (m_Queue.size() > 1 && m_Clock.TimeOf(m_Queue[0].ticks) + kLate < now && m_Clock.TimeOf(m_Queue[1].ticks) <= now) {
+        m_Queue.pop_front();
+        ++dropped;
+    }
+    if (dropped > 0) {
+        m_Stats.Dropped(dropped);
+    }
+}
+
+void Present::Show(VideoFrame& frame, Clock::time_point due, Clock::time_point& next)
+{
+    m_Last = std::move(m_Queue.front());
+    m_Queue.pop_front();
+    frame = std::move(m_Last.frame);
+    m_Last.frame = {};
+    m_LastDue = due;
+    m_bHandedOut = true;
+    m_bOnScreen = true;
+    m_BlackAt.reset();
+    if (!m_Queue.empty()) {
+        next = m_Clock.TimeOf(m_Queue.front().ticks);
+    }
+    if (m_Queue.size() <= kRefillAt) {
+        m_Room.notify_one();
+    }
+}
+
+bool Present::Advance(Clock::time_point now, VideoFrame& frame, Clock::time_point& next)
+{
+    next = Clock::time_point::max();
+    m_Clock.TryStart(now);
+    std::lock_guard lock(m_Mutex);
+    bool shown = false;
+    if (m_Queue.empty()) {
+        shown = TakeBlack(now, frame, next);
+    } else if (m_bFirst) {
+        m_bFirst = false;
+        m_Clock.FirstPicture(m_Queue.front().ticks, now);
+        Show(frame, Clock::time_point::max(), next);
+        shown = true;
+    } else if (m_Clock.IsRunning()) {
+        Clock::time_point due = m_Clock.TimeOf(m_Queue.front().ticks);
+        if (due <= now + kEarly) {
+            if (m_Queue.front().afterDrought && now - due > kDrought && m_Sink.BufferedTicks() == 0) {
+                m_Clock.Rebase(m_Queue.front().ticks, now);
+                due = now;
+            }
+            DropLate(now);
+            Show(frame, m_Clock.TimeOf(m_Queue.front().ticks), next);
+            shown = true;
+        } else {
+            next = due;
+        }
+    }
+    if (!m_Clock.IsRunning()) {
+        next = std::min(next, m_Clock.StartDeadline());
+    }
+    m_bScreenWaits = next == Clock::time_point::max();
+    return shown;
+}
+
+void Present::OnPresented(Clock::time_point when)
+{
+    std::lock_guard lock(m_Mutex);
+    if (!m_bHandedOut) {
+        return;
+    }
+    m_bHandedOut = false;
+    std::optional<double> offset;
+    const std::optional<int64_t> heard = m_Sink.HeardStamp(when);
+    if (heard && SegmentStamp::Segment(*heard) == SegmentStamp::Segment(m_Last.stamp)) {
+        offset = static_cast<double>(m_Last.stamp - *heard) / 90;
+    }
+    m_Stats.Shown(when, m_Last.ticks, m_Last.duration, m_LastDue, offset);
+}
+
+}    // namespace host
