@@ -60,8 +60,8 @@ constexpr bool RowsStandAtTheirNumbers()
 }
 static_assert(RowsStandAtTheirNumbers());
 
-constexpr float kHeldBits = 14155776.0F;          // 1,769,472 bytes: the ring of buffers and the decoder's own
-constexpr unsigned kAssumedBitrate = 5120000;     // of a program stream whose rate is not known
+constexpr float kHeldBits = 14155776.0F;    // 1,769,472 bytes: the ring of buffers and the decoder's own
+constexpr unsigned kAssumedBitrate = 5120000;    // of a program stream whose rate is not known
 
 }    // namespace
 

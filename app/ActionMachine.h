@@ -42,7 +42,10 @@ public:
 
 class ActionMachine {
 public:
-    explicit ActionMachine(ISequenceActions& actions) : m_Actions(actions) {}
+    explicit ActionMachine(ISequenceActions& actions)
+        : m_Actions(actions)
+    {
+    }
 
     // The request of a key or a command: runs after one tick of delay, and no other is taken and no key
     // heard until it has settled. False: another is pending, nothing is changed.

@@ -11,21 +11,21 @@
 
 // What becomes of a command that arrives while the user-interface thread waits for a server.
 enum class WhileWaiting {
-    kAnswered,     // at once: it only asks
-    kEndsWait,     // the wait is ended, the command acts after it
+    kAnswered,    // at once: it only asks
+    kEndsWait,    // the wait is ended, the command acts after it
     kAfterWait,    // acts after the wait, which goes on
-    kIgnored,      // as a key is that comes at the wrong moment
+    kIgnored,    // as a key is that comes at the wrong moment
 };
 
 struct CommandRow {
     using Handler = void (NuvidApp::*)(const CascadeString& rest, CascadeString& reply);
 
     const char* text;
-    size_t compared;       // characters; CascadeString::kWhole: all of them
-    size_t argumentAt;     // where the rest begins that the handler is given
+    size_t compared;    // characters; CascadeString::kWhole: all of them
+    size_t argumentAt;    // where the rest begins that the handler is given
     bool needsArgument;    // replies "Failed" without one
-    uint32_t key;          // pressed, when there is no handler
-    Handler handler;       // the reply is "OK" when it comes in
+    uint32_t key;    // pressed, when there is no handler
+    Handler handler;    // the reply is "OK" when it comes in
     WhileWaiting whileWaiting;
 };
 

@@ -12,10 +12,10 @@
 struct KeyTable {
     struct Row {
         uint32_t key;
-        const char* function;         // as the remote's page names it
-        bool needsOpenFile;           // without one nothing happens and nothing is shown
-        bool endsWait;                // heard while the user-interface thread waits for a server
-        uint8_t resets;               // windows that the key closes, after it has acted
+        const char* function;    // as the remote's page names it
+        bool needsOpenFile;    // without one nothing happens and nothing is shown
+        bool endsWait;    // heard while the user-interface thread waits for a server
+        uint8_t resets;    // windows that the key closes, after it has acted
         void (NuvidApp::*onDown)();
     };
 

@@ -24,7 +24,7 @@ public:
     void Tick();
 
 private:
-    std::array<int, kCount> m_Ticks{};
+    std::array<int, kCount> m_Ticks {};
 };
 
 // A key whose short press acts on release and whose long press acts while it is held.

@@ -31,7 +31,7 @@ public:
     };
 
     void SetAppFolder(const char* folder);    // with a trailing "/"; looks for themes
-    bool SetTheme(const char* name);          // false, and nothing changes but the cache, when there is no such theme
+    bool SetTheme(const char* name);    // false, and nothing changes but the cache, when there is no such theme
 
     size_t GetNumThemes() const { return m_Themes.size(); }
     size_t GetThemeIndex() const { return m_nCurrent; }
@@ -41,7 +41,7 @@ public:
     const CascadeString& GetThemeImagesFolder() const { return m_Themes[m_nCurrent].folder; }
     const CascadeString& GetCommonImagesFolder() const { return m_CommonFolder; }
     CascadeString GetCommonImagePath(const char* name) const;    // whether or not it exists
-    CascadeString GetThemeImagePath(const char* name) const;     // of the theme, else of theme 0
+    CascadeString GetThemeImagePath(const char* name) const;    // of the theme, else of theme 0
 
     CascadeBitmap* GetThemeBitmap(ThemeBitmaps which);    // never null; empty when no folder has the picture
     void ClearBitmapCache();

@@ -12,10 +12,10 @@
 namespace {
 
 constexpr uint32_t kTickMs = 100;
-constexpr int kTwoSeconds = 20;      // ticks
-constexpr int kMargin = 20;          // pixels, above and to the right of icons
+constexpr int kTwoSeconds = 20;    // ticks
+constexpr int kMargin = 20;    // pixels, above and to the right of icons
 constexpr int kTextMargin = 25;
-constexpr int kTextTrim = 50;        // by how much texts stay narrower than the screen
+constexpr int kTextTrim = 50;    // by how much texts stay narrower than the screen
 constexpr int kLineGap = 5;
 constexpr int kDefaultFontSize = 40;
 constexpr int kLargestFont = 720;    // the height of the screen
@@ -49,7 +49,7 @@ void MyWindow::OnMaterialize()
     m_nTimer = SetTimer(kTickMs);
     m_nKeepAwake = kTwoSeconds;
     m_nHide = kTwoSeconds;
-    m_Message = Message{};
+    m_Message = Message {};
     m_Message.first = "Nuvid is loading...";
     for (int i = 0; i < Osd::kIconCount; ++i) {
         const CascadeString path = g_ThemeSelect.GetCommonImagePath(Osd::kIconFiles[i]);
@@ -135,6 +135,7 @@ void MyWindow::PaintText(CascadeBitmap& bitmap, const CascadeString& text, int& 
 {
     const CascadeString shown = EUtils::TrimStringInMiddle(text, GetRect().width - kTextTrim, m_Font);
     const CascadeDims extent = m_Font.GetTextExtent(shown);
-    EUtils::ShadowedTextOut(bitmap, {GetRect().Right() - extent.width - kTextMargin, y}, shown, m_Font, kTextColor, kShadowColor, m_Font.GetSize() / 10);
+    EUtils::ShadowedTextOut(
+        bitmap, {GetRect().Right() - extent.width - kTextMargin, y}, shown, m_Font, kTextColor, kShadowColor, m_Font.GetSize() / 10);
     y += extent.height + kLineGap;
 }

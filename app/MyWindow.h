@@ -54,7 +54,7 @@ private:
     Client& m_Client;
     uint32_t m_nTimer = 0;
     int m_nKeepAwake = 0;    // ticks until the platform is told of activity
-    int m_nHide = 0;         // ticks; the message is shown while it is not zero
+    int m_nHide = 0;    // ticks; the message is shown while it is not zero
     Message m_Message;
     CascadeFont m_Font;
     std::array<CascadeBitmap, Osd::kIconCount> m_Icons;

@@ -26,8 +26,14 @@ struct CommandRow;
 // The second argument of a status line: an icon number (OsdIcons.h), or the name of a picture or a text.
 class IconOrText {
 public:
-    IconOrText(int icon = Osd::kNoIcon) : m_nIcon(icon) {}
-    IconOrText(const char* text) : m_Text(text) {}
+    IconOrText(int icon = Osd::kNoIcon)
+        : m_nIcon(icon)
+    {
+    }
+    IconOrText(const char* text)
+        : m_Text(text)
+    {
+    }
     int Icon() const { return m_nIcon; }
     const CascadeString& Text() const { return m_Text; }
 
@@ -54,8 +60,8 @@ public:
 
     // Playing. OpenFile opens at once and blocks; false: "File open failed" is on the screen.
     bool OpenFile(const EFileBrowser::FileInfo& entry);
-    void OpenFile();                          // lets the viewer choose
-    bool CloseFile(const char* path);         // null: whatever is open; else only when it is open. Whether it closed
+    void OpenFile();    // lets the viewer choose
+    bool CloseFile(const char* path);    // null: whatever is open; else only when it is open. Whether it closed
     void callback(const EFileBrowser::FileInfo& entry, int reason);    // something was chosen to play
 
     void Info(const char* text, const IconOrText& second = {}, const char* line3 = "", const char* line4 = "", bool withProgress = false);
@@ -141,7 +147,7 @@ private:
     FastKey m_FastForward;
     FastKey m_Rewind;
     PlayQueue m_Queue;
-    int m_nBrowseMode = kBrowseOpen;          // what a chosen file is for
+    int m_nBrowseMode = kBrowseOpen;    // what a chosen file is for
     EFileBrowser::FileInfo m_SelectedEntry;    // the last one chosen
-    EFileBrowser::FileInfo m_CurrentEntry;     // the one being opened or played
+    EFileBrowser::FileInfo m_CurrentEntry;    // the one being opened or played
 };

@@ -89,9 +89,7 @@ void NuvidApp::callback(const EFileBrowser::FileInfo& entry, int reason)
 }
 
 // The question is asked once there is a dialog to ask it with; until then a file plays from its start.
-void NuvidApp::AskForResume()
-{
-}
+void NuvidApp::AskForResume() { }
 
 // ---- moving along the queue
 

@@ -43,6 +43,7 @@ void NuvidApp::OnAppInit()
     const CascadeDims screen = CascadeScreen::GetDims();
     m_Osd.SetRect({0, 0, screen.width, screen.height});
     m_Osd.Materialize();
+    m_Osd.TakeFocus();
     m_Osd.SetFontSize(m_Options.fontSize);
     if (m_Options.maxBuffer) {
         m_Decoder.SetBufferSize(kLargestBuffer);

@@ -49,7 +49,7 @@ constexpr int IconIndex(int icon)
 constexpr int ZoomIcon(int zoomMode)
 {
     const int icon = kZoomFirst + zoomMode;
-    return icon >= kZoomFirst && IconIndex(icon) != kNoIconIndex ? icon : int{kZoomFirst};
+    return icon >= kZoomFirst && IconIndex(icon) != kNoIconIndex ? icon : int {kZoomFirst};
 }
 
 }    // namespace Osd

@@ -12,14 +12,14 @@
 
 // What can be set at the start. The initial values are the defaults.
 struct StartOptions {
-    uint32_t minFileSize = 0;        // bytes: the browser hides smaller files
-    uint32_t titleSetThreshold = 0;  // bytes: from which on the browser offers a DVD's title sets
+    uint32_t minFileSize = 0;    // bytes: the browser hides smaller files
+    uint32_t titleSetThreshold = 0;    // bytes: from which on the browser offers a DVD's title sets
     CascadeString browseFolder = "/tmp/Volumes/";
     CascadeString browseRoot = "/tmp/Volumes/";    // the browser never goes above it
     bool showIcons = true;
-    int fontSize = 40;               // points
-    uint32_t infoTimeoutMs = 2500;   // how long a status text stays
-    int iconSize = 0;                // of the browser: 0 small, 2 large, 3 extra large
+    int fontSize = 40;    // points
+    uint32_t infoTimeoutMs = 2500;    // how long a status text stays
+    int iconSize = 0;    // of the browser: 0 small, 2 large, 3 extra large
     bool hideSize = false;
     bool menuAtEnd = false;
     bool exitAtEnd = false;
@@ -29,7 +29,7 @@ struct StartOptions {
     bool resumeEnabled = true;
     bool browserWithBack = false;
     bool tsFix = false;
-    bool unattended = false;         // the menu key quits
+    bool unattended = false;    // the menu key quits
 };
 
 class ParameterParser {
@@ -41,7 +41,11 @@ public:
         virtual void AddFile(const char* path, const CascadeString& title) = 0;
     };
 
-    ParameterParser(StartOptions& options, Client& client) : m_Options(options), m_Client(client) {}
+    ParameterParser(StartOptions& options, Client& client)
+        : m_Options(options)
+        , m_Client(client)
+    {
+    }
     void Take(const char* argument);
 
 private:

@@ -29,7 +29,10 @@ public:
     // is never opened: it sends the cursor to the first item, once in a walk.
     class Forward {
     public:
-        explicit Forward(PlayQueue& queue) : m_Queue(queue) {}
+        explicit Forward(PlayQueue& queue)
+            : m_Queue(queue)
+        {
+        }
         bool Step();    // false: no further item
 
     private:

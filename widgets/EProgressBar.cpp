@@ -14,8 +14,8 @@ constexpr uint32_t kTickMs = 100;
 constexpr uint32_t kTicksPerRedraw = 5;
 constexpr int kFontSize = 18;
 constexpr int kBandHeight = 100;
-constexpr int kBarMargin = 60;       // pixels left and right of the bar
-constexpr int kBarTop = 52;          // below the top of the band
+constexpr int kBarMargin = 60;    // pixels left and right of the bar
+constexpr int kBarTop = 52;    // below the top of the band
 constexpr int kBarHeight = 18;
 constexpr int kTextTop = 18;
 constexpr int kMarkWidth = 2;
@@ -148,7 +148,8 @@ void EProgressBar::PaintMarks(CascadeBitmap& bitmap, const CascadeRect& bar) con
 void EProgressBar::PaintTexts(CascadeBitmap& bitmap, const CascadeRect& bar, uint64_t position) const
 {
     const int y = GetRect().top + kTextTop;
-    const auto percent = m_Marks.TotalBytes() == 0 ? 0 : static_cast<int>(static_cast<double>(position) / static_cast<double>(m_Marks.TotalBytes()) * 100.0);
+    const auto percent
+        = m_Marks.TotalBytes() == 0 ? 0 : static_cast<int>(static_cast<double>(position) / static_cast<double>(m_Marks.TotalBytes()) * 100.0);
     const CascadeString played = CascadeString::Format("%i%%", percent);
     const CascadeString times = TimeText(position) + " / " + TimeText(m_Marks.TotalBytes());
     EUtils::ShadowedTextOut(bitmap, {bar.left, y}, played, m_Font, kTextColor, kShadowColor, kFontSize / 10);

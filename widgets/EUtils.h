@@ -43,16 +43,16 @@ public:
     // Searching and replacing.
     static void ReplaceString(const char* text, const char* from, const char* to, CascadeString& out);
     static bool RegexMatch(const char* text, const char* pattern, bool caseSensitive);    // POSIX extended, anywhere in the text
-    static int IndexOf(const char* haystack, const char* needle);                         // bytes; -1 when absent
+    static int IndexOf(const char* haystack, const char* needle);    // bytes; -1 when absent
 
     // Bitmaps.
     static bool LoadBitmapFromFile(CascadeBitmap& bitmap, const CascadeString& path, const CascadeString& fallback);
     static void CenterRectInScreen(CascadeRect& rect);
     // Hands width x height pixels (rows without padding) to the platform through shared memory. A source
     // rectangle of four zeros is the whole picture.
-    static bool BufferBlit(CascadeBitmap& target, const CascadePoint& at, const unsigned char* pixels, const CascadeDims& dims, unsigned long bitsPerPixel,
-                           const CascadeRect& source);
+    static bool BufferBlit(CascadeBitmap& target, const CascadePoint& at, const unsigned char* pixels, const CascadeDims& dims,
+        unsigned long bitsPerPixel, const CascadeRect& source);
     // The text with a copy of it below, moved right and down by `offset`, so that it is readable on any picture.
-    static void ShadowedTextOut(CascadeBitmap& bitmap, CascadePoint at, const char* text, const CascadeFont& font, CascadeColor color, CascadeColor shadow,
-                                int offset);
+    static void ShadowedTextOut(
+        CascadeBitmap& bitmap, CascadePoint at, const char* text, const CascadeFont& font, CascadeColor color, CascadeColor shadow, int offset);
 };

@@ -24,16 +24,15 @@ bool EUtils::LoadBitmapFromFile(CascadeBitmap& bitmap, const CascadeString& path
 void EUtils::CenterRectInScreen(CascadeRect& rect)
 {
     // Halves of unsigned numbers; a rectangle larger than the screen comes to stand left of it or above it.
-    const auto centred = [](int screen, int size) {
-        return static_cast<int>((static_cast<uint32_t>(screen) - 1) / 2 - (static_cast<uint32_t>(size) - 1) / 2);
-    };
+    const auto centred
+        = [](int screen, int size) { return static_cast<int>((static_cast<uint32_t>(screen) - 1) / 2 - (static_cast<uint32_t>(size) - 1) / 2); };
     const CascadeDims screen = CascadeScreen::GetDims();
     rect.left = centred(screen.width, rect.width);
     rect.top = centred(screen.height, rect.height);
 }
 
-bool EUtils::BufferBlit(CascadeBitmap& target, const CascadePoint& at, const unsigned char* pixels, const CascadeDims& dims, unsigned long bitsPerPixel,
-                        const CascadeRect& source)
+bool EUtils::BufferBlit(CascadeBitmap& target, const CascadePoint& at, const unsigned char* pixels, const CascadeDims& dims,
+    unsigned long bitsPerPixel, const CascadeRect& source)
 {
     const bool hasPixels = pixels != nullptr && dims.width > 0 && dims.height > 0;
     const size_t size = hasPixels ? static_cast<size_t>(dims.width) * static_cast<size_t>(dims.height) * (bitsPerPixel / 8) : 0;
@@ -55,14 +54,14 @@ bool EUtils::BufferBlit(CascadeBitmap& target, const CascadePoint& at, const uns
     }
     std::memcpy(memory, pixels, size);
     zone.Unlock();
-    const CascadeRect part = source == CascadeRect{} ? CascadeRect{0, 0, dims.width, dims.height} : source;
+    const CascadeRect part = source == CascadeRect {} ? CascadeRect {0, 0, dims.width, dims.height} : source;
     target.BlitFromSharedZone(at, zone, 0, dims.width, dims.height, bitsPerPixel, part);
     zone.Close();
     return true;
 }
 
-void EUtils::ShadowedTextOut(CascadeBitmap& bitmap, CascadePoint at, const char* text, const CascadeFont& font, CascadeColor color, CascadeColor shadow,
-                             int offset)
+void EUtils::ShadowedTextOut(
+    CascadeBitmap& bitmap, CascadePoint at, const char* text, const CascadeFont& font, CascadeColor color, CascadeColor shadow, int offset)
 {
     bitmap.TextOut({at.x + offset, at.y + offset}, text, font, shadow);
     bitmap.TextOut(at, text, font, color);

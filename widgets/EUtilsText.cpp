@@ -11,11 +11,14 @@
 namespace {
 
 constexpr char kEllipsis[] = "...";
-constexpr size_t kKeptAtEnd = 12;        // characters of TrimStringInMiddle behind the ellipsis
-constexpr size_t kShortestTrimmed = 16;  // shorter texts are left alone, however wide
-constexpr size_t kWrappedTrimStep = 5;   // characters per step, coarse on purpose: a measurement per character is dear
+constexpr size_t kKeptAtEnd = 12;    // characters of TrimStringInMiddle behind the ellipsis
+constexpr size_t kShortestTrimmed = 16;    // shorter texts are left alone, however wide
+constexpr size_t kWrappedTrimStep = 5;    // characters per step, coarse on purpose: a measurement per character is dear
 
-const char* OrEmpty(const char* text) { return text == nullptr ? "" : text; }
+const char* OrEmpty(const char* text)
+{
+    return text == nullptr ? "" : text;
+}
 
 // Bytes of the sequence that a lead byte announces (RFC 3629, section 3); 1 for a byte that leads nothing.
 size_t AnnouncedLength(unsigned char lead)
