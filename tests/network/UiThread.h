@@ -1,6 +1,8 @@
 // An application loop for tests: a thread that is the user-interface thread, or the test's own as one.
 #pragma once
 
+#include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <future>
@@ -10,6 +12,19 @@
 #include "host/base/UiQueue.h"
 
 inline constexpr std::chrono::seconds kPatience {20};    // of every wait for a condition
+
+// Of a condition that nothing announces; looked at again and again.
+inline bool WaitUntil(const std::function<bool()>& condition)
+{
+    const auto deadline = host::Clock::now() + kPatience;
+    while (!condition()) {
+        if (host::Clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return true;
+}
 
 class FakeUiLoop : public host::UiLoop {
 public:

@@ -1,0 +1,322 @@
+// External control as its clients see it: real sockets, and a user-interface thread that carries out.
+#include <algorithm>
+#include <cstdio>
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "host/base/HostHooks.h"
+#include "host/base/HostOptions.h"
+#include "host/network/ControlClient.h"
+#include "host/network/ControlServer.h"
+#include "tests/network/CascadeInputRecorder.h"
+#include "tests/network/UiThread.h"
+
+namespace {
+
+constexpr const char* kTimeout = "(nothing within the deadline)";
+constexpr const char* kClosed = "(closed)";
+
+class Client {
+public:
+    explicit Client(uint16_t port, int receiveBuffer = 0)
+        : m_Fd(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+    {
+        if (receiveBuffer != 0) {
+            setsockopt(m_Fd, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof(receiveBuffer));
+        }
+        sockaddr_in address {};
+        address.sin_family = AF_INET;
+        address.sin_port = htons(port);
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(connect(m_Fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    }
+    ~Client() { close(m_Fd); }
+    Client(const Client&) = delete;
+
+    bool Send(std::string_view bytes)
+    {
+        while (!bytes.empty()) {
+            const ssize_t count = send(m_Fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+            if (count <= 0) {
+                return false;
+            }
+            bytes.remove_prefix(static_cast<size_t>(count));
+        }
+        return true;
+    }
+    void SendNoMore() { shutdown(m_Fd, SHUT_WR); }
+    std::string Line()
+    {
+        while (m_Got.find('\n') == std::string::npos) {
+            pollfd wait {m_Fd, POLLIN, 0};
+            if (poll(&wait, 1, static_cast<int>(std::chrono::milliseconds(kPatience).count())) <= 0) {
+                return kTimeout;
+            }
+            char bytes[4096];
+            const ssize_t count = recv(m_Fd, bytes, sizeof(bytes), 0);
+            if (count <= 0) {
+                return kClosed;
+            }
+            m_Got.append(bytes, static_cast<size_t>(count));
+        }
+        const std::string line = m_Got.substr(0, m_Got.find('\n'));
+        m_Got.erase(0, line.size() + 1);
+        return line;
+    }
+    std::string Ask(const std::string& command)
+    {
+        Send(command + "\n");
+        return Line();
+    }
+
+private:
+    int m_Fd;
+    std::string m_Got;
+};
+
+class ControlServerTest : public ::testing::Test {
+protected:
+    ControlServerTest()
+    {
+        m_Ui.Do([this] {
+            host::HostOptions options;
+            options.ecp = "127.0.0.1:0";
+            host::SetCurrentHostOptions(options);
+            host::ClaimCommandPrefix("Test", [this](const std::string& command) { return Carry(command); });
+            testing::internal::CaptureStdout();
+            m_bStarted = host::StartNetworkServices();
+            m_Said = testing::internal::GetCapturedStdout();
+        });
+        unsigned port = 0;
+        EXPECT_TRUE(m_bStarted);
+        EXPECT_EQ(std::sscanf(m_Said.c_str(), "External control listens on 127.0.0.1:%u\n", &port), 1) << m_Said;
+        m_Port = static_cast<uint16_t>(port);
+    }
+    ~ControlServerTest() override { m_Ui.Do(host::StopNetworkServices); }
+
+    // On the user-interface thread.
+    std::string Carry(const std::string& command)
+    {
+        m_Carried.push_back(command);
+        if (command == "Test long") {
+            return std::string(60000, 'x');
+        }
+        if (command == "Test broken") {
+            return "two\r\nlines \xFF";
+        }
+        return command.substr(std::min<size_t>(5, command.size()));
+    }
+    std::vector<std::string> Carried()
+    {
+        std::vector<std::string> carried;
+        m_Ui.Do([&] { carried = m_Carried; });
+        return carried;
+    }
+
+    UiThread m_Ui;
+    std::vector<std::string> m_Carried;    // of the user-interface thread
+    std::string m_Said;
+    bool m_bStarted = false;
+    uint16_t m_Port = 0;
+};
+
+TEST_F(ControlServerTest, LinesAreAnsweredOneByOneInOrder)
+{
+    Client client(m_Port);
+    EXPECT_EQ(client.Ask("Test ping"), "ping");
+    EXPECT_EQ(client.Ask("TEST Mixed case \xC3\xA4 "), "Mixed case \xC3\xA4 ");
+    EXPECT_EQ(client.Ask("Testping"), "Unknown command");
+    EXPECT_EQ(client.Ask(" Test ping"), "Unknown command");
+    EXPECT_EQ(client.Ask(""), "Unknown command");
+    EXPECT_EQ(client.Ask("Test broken"), "two  lines \xEF\xBF\xBD");
+    EXPECT_EQ(client.Ask("Test crlf\r"), "crlf");
+    // Half lines wait; many lines in one piece are taken one after the other, also when no more can follow.
+    std::string many;
+    for (int number = 0; number < 500; ++number) {
+        many += "Test " + std::to_string(number) + (number % 2 == 0 ? "\r\n" : "\n");
+    }
+    client.Send("Te");
+    EXPECT_EQ(Client(m_Port).Ask("Test other"), "other");
+    client.Send("st half\n" + many + "Test never ended");
+    client.SendNoMore();
+    EXPECT_EQ(client.Line(), "half");
+    for (int number = 0; number < 500; ++number) {
+        ASSERT_EQ(client.Line(), std::to_string(number));
+    }
+    EXPECT_EQ(client.Line(), kClosed);
+    EXPECT_EQ(Carried().back(), "Test 499");
+}
+
+TEST_F(ControlServerTest, RubbishIsHarmless)
+{
+    Client client(m_Port);
+    EXPECT_EQ(client.Ask(std::string(1024 * 1024, 'a')), "Command too long");
+    EXPECT_EQ(client.Ask("Test " + std::string(4092, 'b')), "Command too long");
+    EXPECT_EQ(client.Ask("Test " + std::string(4091, 'c')), std::string(4091, 'c'));
+    EXPECT_EQ(client.Ask("Test " + std::string(4091, 'd') + "\r"), std::string(4091, 'd'));
+    EXPECT_EQ(client.Ask("Test \xC3"), "Invalid command");
+    EXPECT_EQ(client.Ask(std::string("Test a\0b", 8)), "Invalid command");
+    std::string binary;
+    for (int byte = 255; byte >= 0; --byte) {
+        binary += byte == '\n' ? std::string() : std::string(1, static_cast<char>(byte));
+    }
+    EXPECT_EQ(client.Ask(binary), "Invalid command");
+    EXPECT_EQ(client.Ask("Test alive"), "alive");
+
+    // A page in a browser must not get through to the player.
+    Client browser(m_Port);
+    browser.Send("POST / HTTP/1.1\r\nContent-Type: text/plain\r\n\r\nTest from a page\n");
+    EXPECT_EQ(browser.Line(), "Invalid command");
+    EXPECT_EQ(browser.Line(), kClosed);
+    const std::vector<std::string> carried = Carried();
+    EXPECT_EQ(std::count(carried.begin(), carried.end(), "Test from a page"), 0);
+}
+
+TEST_F(ControlServerTest, ManyIdleClientsDoNotHoldUpTheOthersAndTheNumberIsBounded)
+{
+    std::vector<std::unique_ptr<Client>> idle;
+    for (int number = 0; number < 200; ++number) {
+        idle.push_back(std::make_unique<Client>(m_Port));
+        idle.back()->Send("Test hal");
+    }
+    EXPECT_EQ(Client(m_Port).Ask("Test among many"), "among many");
+    while (idle.size() < host::ControlServer::kMostClients) {
+        idle.push_back(std::make_unique<Client>(m_Port));
+        ASSERT_EQ(idle.back()->Ask("Test in"), "in");
+    }
+    // The one among many may not have left yet.
+    EXPECT_TRUE(WaitUntil([this] { return Client(m_Port).Line() == "Too many clients"; }));
+    idle[7]->Send("f\n");
+    EXPECT_EQ(idle[7]->Line(), "half");
+    idle.clear();
+    EXPECT_TRUE(WaitUntil([this] { return Client(m_Port).Ask("Test room again") == "room again"; }));
+}
+
+TEST_F(ControlServerTest, ClientThatNeverReadsIsClosedAndTheOthersAreServed)
+{
+    Client deaf(m_Port, 4096);
+    Client other(m_Port);
+    // The system holds some, the server 64 KiB and a reply; then it is enough.
+    bool closed = false;
+    for (int number = 0; number < 200 && !closed; ++number) {
+        closed = !deaf.Send("Test long\n");
+        ASSERT_EQ(other.Ask("Test well"), "well");
+    }
+    EXPECT_TRUE(WaitUntil([&deaf] { return !deaf.Send("x"); }));
+    EXPECT_EQ(other.Ask("Test still"), "still");
+    EXPECT_LT(Carried().size(), 420u);
+}
+
+TEST_F(ControlServerTest, ClientMayGoBeforeItsReply)
+{
+    for (int number = 0; number < 50; ++number) {
+        Client(m_Port).Send("Test gone\nTest gone\n");
+    }
+    EXPECT_EQ(Client(m_Port).Ask("Test here"), "here");
+}
+
+TEST_F(ControlServerTest, LastReplyIsSentBeforeTheEnd)
+{
+    // As "quit" does: the command itself leads to the end of the loop, and the services end with it.
+    host::ClaimCommandPrefix("Quit", [](const std::string&) {
+        host::PostToUi(host::StopNetworkServices);
+        return std::string("OK");
+    });
+    Client bystander(m_Port);
+    EXPECT_EQ(bystander.Ask("Test before"), "before");
+    Client client(m_Port);
+    client.Send("Quit\nTest not any more\n");
+    EXPECT_EQ(client.Line(), "OK");
+    EXPECT_EQ(client.Line(), kClosed);
+    EXPECT_EQ(bystander.Line(), kClosed);
+    const std::vector<std::string> carried = Carried();
+    EXPECT_EQ(carried, std::vector<std::string> {"Test before"});
+}
+
+TEST_F(ControlServerTest, KeysHelpAndStatistics)
+{
+    Client client(m_Port);
+    EXPECT_EQ(client.Ask("Cascade key select"), "OK");
+    EXPECT_EQ(client.Ask("cascade KEYDOWN 0x1001e"), "OK");
+    EXPECT_EQ(client.Ask("Cascade keyup Previous"), "OK");
+    for (const char* const bad : {"Cascade key", "Cascade key nothing", "Cascade key 0x", "Cascade key 0x0", "Cascade key 0x123456789", "Cascade key up down", "Cascade key 65547"}) {
+        EXPECT_EQ(client.Ask(bad), "Unknown key") << bad;
+    }
+    m_Ui.Do([] {
+        using Keys = std::vector<std::pair<unsigned long, bool>>;
+        EXPECT_EQ(RecordedKeys(), (Keys {{0x1000B, true}, {0x1000B, false}, {0x1001E, true}, {0x1001E, false}}));
+        RecordedKeys().clear();
+    });
+    EXPECT_EQ(client.Ask("Cascade"), "Unknown command");
+    EXPECT_EQ(client.Ask("Cascade dance"), "Unknown command");
+    EXPECT_EQ(client.Ask("Cascade screenshot"), "Failed");
+    const std::string help = client.Ask("Cascade help");
+    for (const char* const word : {"Cascade keydown NAME|0xCODE", "Cascade stats", "playpause", " Test"}) {
+        EXPECT_NE(help.find(word), std::string::npos) << word;
+    }
+    m_Ui.Do([] {
+        host::Hooks().takeScreenshot = [] { return std::string("/tmp/one.png"); };
+        host::Hooks().decoderStats = [] { return std::string("\"state\":\"playing\""); };
+        host::Hooks().windowTitles = [] { return std::vector<std::string> {"a \"b\"\\\n", "\xFF"}; };
+    });
+    EXPECT_EQ(client.Ask("Cascade screenshot"), "/tmp/one.png");
+    const std::string stats = client.Ask("Cascade stats");
+    EXPECT_TRUE(stats.starts_with(R"({"state":"playing","windows":["a \"b\"\\\u000a",")"
+                                  "\xEF\xBF\xBD"
+                                  R"("],"rss_kib":)"))
+        << stats;
+    EXPECT_TRUE(stats.ends_with("}"));
+    m_Ui.Do([] { host::Hooks() = host::HostHooks(); });
+}
+
+TEST(ControlAddress, IsANumberOfThisDeviceOnly)
+{
+    const auto parse = [](const char* text) {
+        const host::ControlAddress address = host::ParseControlAddress(text);
+        return address.error.empty() ? address.host + " " + std::to_string(address.port) : "error";
+    };
+    EXPECT_EQ(parse("127.0.0.1:4747"), "127.0.0.1 4747");
+    EXPECT_EQ(parse("localhost:0"), "127.0.0.1 0");
+    EXPECT_EQ(parse(":65535"), "127.0.0.1 65535");
+    EXPECT_EQ(parse("[::1]:80"), "::1 80");
+    for (const char* const bad : {"", "4747", "127.0.0.1:", "127.0.0.1:65536", "127.0.0.1:-1", "127.0.0.1:80x", "0.0.0.0:4747", "[::]:4747", "192.168.1.2:4747", "example.org:80"}) {
+        EXPECT_EQ(parse(bad), "error") << bad;
+    }
+}
+
+TEST(ControlServices, PortInUseOrAForeignAddressIsSaidAndOffIsQuiet)
+{
+    UiThread ui;
+    ui.Do([] {
+        const int taken = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_in address {};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t length = sizeof(address);
+        ASSERT_EQ(bind(taken, reinterpret_cast<sockaddr*>(&address), length), 0);
+        ASSERT_EQ(listen(taken, 1), 0);
+        ASSERT_EQ(getsockname(taken, reinterpret_cast<sockaddr*>(&address), &length), 0);
+        const auto start = [](const std::string& ecp) {
+            host::HostOptions options;
+            options.ecp = ecp;
+            host::SetCurrentHostOptions(options);
+            testing::internal::CaptureStderr();
+            const bool started = host::StartNetworkServices();
+            const std::string said = testing::internal::GetCapturedStderr();
+            EXPECT_EQ(started, said.empty());
+            host::StopNetworkServices();
+            return started;
+        };
+        EXPECT_FALSE(start("127.0.0.1:" + std::to_string(ntohs(address.sin_port))));
+        EXPECT_FALSE(start("0.0.0.0:0"));
+        EXPECT_TRUE(start("off"));
+        close(taken);
+    });
+}
+
+}    // namespace
