@@ -1,0 +1,68 @@
+// An engine on the test platform, with a folder of recordings and an owner that writes down what it is asked.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/CascadeApp.h"
+#include "platform/CascadeTime.h"
+#include "playback/FeedState.h"
+#include "playback/MDecoder.h"
+#include "playback/MHWDecoder.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestPlatform.h"
+
+class RecordingClient : public IPlaybackClient {
+public:
+    void ShowText(const char* text) override { texts.emplace_back(text); }
+    bool NextFile() override { return Ask("next"); }
+    bool PrevFile() override { return Ask("prev"); }
+    void AskForResume() override { asked.emplace_back("resume"); }
+    std::string LastText() const { return texts.empty() ? "" : texts.back(); }
+
+    std::vector<std::string> texts;
+    std::vector<std::string> asked;
+    bool moves = false;    // what NextFile and PrevFile answer
+
+private:
+    bool Ask(const char* what)
+    {
+        asked.emplace_back(what);
+        return moves;
+    }
+};
+
+class PlaybackTest : public PlatformTest {
+protected:
+    PlaybackTest()
+    {
+        g_FeedState = {};
+        g_LastUITick_ms = CascadeTime::GetUptimeMilliseconds();
+        g_bVideoRunning = false;
+        g_bTSFix = false;
+        InitPSParser();
+    }
+
+    // Bytes in which no two places of the same test look alike.
+    static std::string Pattern(size_t size, unsigned seed)
+    {
+        std::string bytes(size, '\0');
+        unsigned value = seed * 2654435761U + 1;
+        for (char& byte : bytes) {
+            value = value * 1664525U + 1013904223U;
+            byte = static_cast<char>(value >> 24);
+        }
+        return bytes;
+    }
+    std::string WriteSparse(const std::string& name, uint64_t size)
+    {
+        m_Folder.Write(name, "");
+        std::filesystem::resize_file(m_Folder / name, size);
+        return m_Folder / name;
+    }
+
+    CascadeApp m_App;
+    TemporaryFolder m_Folder;
+};
