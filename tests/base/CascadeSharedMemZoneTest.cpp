@@ -39,12 +39,13 @@ TEST(CascadeSharedMemZoneTest, AZoneIsFoundByNameWhileSomebodyHoldsIt)
 
 TEST(CascadeSharedMemZoneTest, TwoThreadsWriteInTurn)
 {
+    static constexpr int kTimes = 50000;
     CascadeSharedMemZone mine;
     ASSERT_TRUE(mine.Open("counter", sizeof(int), true));
     const auto count = [](void*) {
         CascadeSharedMemZone zone;
         ASSERT_TRUE(zone.Open("counter", sizeof(int), false));
-        for (int i = 0; i < 1000; ++i) {
+        for (int i = 0; i < kTimes; ++i) {
             ++*static_cast<int*>(zone.MapLock());
             zone.Unlock();
             zone.Unlock();    // once too often does no harm
@@ -55,7 +56,7 @@ TEST(CascadeSharedMemZoneTest, TwoThreadsWriteInTurn)
     count(nullptr);
     ASSERT_TRUE(thread.Start(count, nullptr));    // after the first run has ended
     thread.WaitUntilFinished();
-    EXPECT_EQ(*static_cast<const int*>(mine.MapLock()), 3000);
+    EXPECT_EQ(*static_cast<const int*>(mine.MapLock()), 3 * kTimes);
     mine.Unlock();
 }
 

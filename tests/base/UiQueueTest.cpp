@@ -263,6 +263,34 @@ TEST(UiWaitTest, NoWakeOfTheLoopIsLost)
     EXPECT_EQ(posted, kRounds);
 }
 
+class SlowLoop : public host::UiLoop {
+public:
+    void Wake() override
+    {
+        entered = true;
+        for (int i = 0; i < 10000; ++i) {
+            std::this_thread::yield();
+        }
+        left = true;
+    }
+    void TurnWhileWaiting(Clock::time_point) override { }
+    std::atomic<bool> entered {false};
+    std::atomic<bool> left {false};
+};
+
+TEST(UiWaitTest, ALoopIsGivenUpOnlyWhenNobodyWakesItAnyMore)
+{
+    SlowLoop loop;
+    host::SetUiLoop(&loop);
+    std::thread poster([] { host::WakeUi(); });
+    while (!loop.entered) {
+        std::this_thread::yield();
+    }
+    host::SetUiLoop(nullptr);
+    EXPECT_TRUE(loop.left);
+    poster.join();
+}
+
 TEST(UiWaitTest, ALoopMayGoWhileOthersPost)
 {
     std::atomic<bool> stop {false};
