@@ -166,7 +166,7 @@ void Demux::Cut(CodedStore::Kind kind, const AVPacket& packet, int64_t pts, int6
     while (left > 0) {
         uint8_t* out = nullptr;
         int size = 0;
-        const int used = av_parser_parse2(track.parser.get(), track.parserContext.get(), &out, &size, at, left, pts, order, -1);
+        const int used = av_parser_parse2(track.parser.get(), track.parserContext.get(), &out, &size, at, left, pts, order, 0);
         if (used < 0) {
             return;
         }

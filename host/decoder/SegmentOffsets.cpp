@@ -6,7 +6,6 @@ void SegmentOffsets::Reset()
 {
     std::lock_guard lock(m_Mutex);
     m_Entries = {};
-    m_Entries[0] = {true, 0, 0};
 }
 
 std::optional<int64_t> SegmentOffsets::Get(unsigned segment) const

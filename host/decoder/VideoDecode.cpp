@@ -8,6 +8,7 @@ namespace host {
 namespace {
 
 constexpr int64_t kUsualDuration = 3600;
+constexpr int64_t kUnstamped = int64_t{1} << 34;    // where pictures begin that have no stamp yet
 constexpr int64_t kOddStep = 45000;       // a stamp that goes back by more is taken for a new clock
 constexpr std::chrono::milliseconds kDroughtWait{30};
 
@@ -190,15 +191,15 @@ int64_t VideoDecode::DurationOf(const AVFrame& frame)
 int64_t VideoDecode::LineTicks(Opening::Number opening, const AVFrame& frame, int64_t duration)
 {
     if (frame.pts == AV_NOPTS_VALUE) {
-        return m_bAny ? m_nEnd : SegmentStamp::Ticks(m_nLastStamp == AV_NOPTS_VALUE ? 0 : m_nLastStamp);
+        return m_bAny ? m_nEnd : kUnstamped;
     }
     const unsigned segment = SegmentStamp::Segment(frame.pts);
     const int64_t ticks = SegmentStamp::Ticks(frame.pts);
-    if (segment != m_nSegment || !m_bAny) {
+    if (segment != m_nSegment || m_nLastStamp == AV_NOPTS_VALUE) {
         m_nSegmentOffset = m_bAny ? m_nEnd - ticks : m_Offsets.Get(segment).value_or(0);
         m_nSegment = segment;
         m_Offsets.Set(opening, segment, m_nSegmentOffset);
-    } else if (m_nLastStamp != AV_NOPTS_VALUE) {
+    } else {
         const int64_t step = frame.pts - m_nLastStamp;
         if (step > duration / 4 && step < 18000) {
             m_nMeasured = step;

@@ -1,0 +1,179 @@
+// A feeder that reads files one after the other, and a user-interface loop that shows its pictures.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdio>
+#include <fstream>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "host/base/HostHooks.h"
+#include "host/base/HostOptions.h"
+#include "host/base/UiQueue.h"
+#include "host/base/VideoOutput.h"
+#include "platform/MPEGDecoder.h"
+
+namespace test {
+
+using host::Clock;
+
+// Bytes that several files hold, one behind the other.
+class JoinedBytes {
+public:
+    void Add(const std::string& path)
+    {
+        std::ifstream file(path, std::ios::binary);
+        m_Bytes.append(std::istreambuf_iterator<char>(file), {});
+    }
+    void AddText(const std::string& bytes) { m_Bytes += bytes; }
+    std::string& Bytes() { return m_Bytes; }
+
+private:
+    std::string m_Bytes;
+};
+
+// Feeds bytes as the engine does: a short buffer at the end, then nothing, and the end is known when the
+// buffer that held the last bytes is offered again.
+class Feeder : public MPEGDecoder {
+public:
+    explicit Feeder(std::string bytes = {}) : m_Bytes(std::move(bytes)) {}
+    ~Feeder() override { Close(); }
+
+    bool Open(unsigned buffers = 8, unsigned size = 192512) { return NewOpen(buffers, size, 5, 1, 3, 1, true, true, true, true, 45000); }
+    bool Start(bool program, unsigned video, unsigned audio, unsigned sub = 0, bool ac3 = false)
+    {
+        return Open() && SelectPIDs(program, video, video, audio, sub, ac3) && ResumeStreaming(true);
+    }
+    void SeekTo(size_t position)    // while stopped
+    {
+        m_nPosition = position;
+        m_pEnd = nullptr;
+        m_bEnd = false;
+        m_bAllTaken = false;
+    }
+    void Append(const std::string& more)    // while stopped
+    {
+        m_Bytes += more;
+        SeekTo(m_nPosition);
+    }
+    bool AllTaken() const { return m_bAllTaken; }
+    bool HadError() const { return m_bError; }
+
+    unsigned long OnFillBuffer(unsigned char* buffer, unsigned long length) override
+    {
+        if (m_bEnd) {
+            m_bAllTaken = m_bAllTaken || buffer == m_pEnd;
+            return 0;
+        }
+        const size_t count = std::min<size_t>(length, m_Bytes.size() - m_nPosition);
+        m_Bytes.copy(reinterpret_cast<char*>(buffer), count, m_nPosition);
+        m_nPosition += count;
+        if (count < length) {
+            m_bEnd = true;
+            m_pEnd = buffer;
+        }
+        return count;
+    }
+    void OnDecoderError() override { m_bError = true; }
+
+private:
+    std::string m_Bytes;
+    size_t m_nPosition = 0;
+    const unsigned char* m_pEnd = nullptr;
+    bool m_bEnd = false;
+    std::atomic<bool> m_bAllTaken{false};
+    std::atomic<bool> m_bError{false};
+};
+
+struct ShownPicture {
+    Clock::time_point when;
+    int width = 0;
+    int height = 0;
+    uint64_t look = 0;    // of its luma, so that two different pictures can be told apart
+};
+
+// The user-interface thread: asks the source when it is due, shows at once.
+class FakeUi : public host::UiLoop {
+public:
+    FakeUi() { host::SetUiLoop(this); }
+    ~FakeUi() override { host::SetUiLoop(nullptr); }
+
+    void Wake() override
+    {
+        std::lock_guard lock(m_Mutex);
+        m_bWoken = true;
+        m_Condition.notify_one();
+    }
+    void TurnWhileWaiting(Clock::time_point until) override { Turn(until); }
+
+    // Turns until `done` or the time-out. True: done.
+    bool RunUntil(const std::function<bool()>& done, std::chrono::milliseconds atMost)
+    {
+        const Clock::time_point deadline = Clock::now() + atMost;
+        while (!done()) {
+            if (Clock::now() >= deadline) {
+                return false;
+            }
+            Turn(std::min(deadline, Clock::now() + std::chrono::milliseconds(200)));
+        }
+        return true;
+    }
+    void RunFor(std::chrono::milliseconds time) { RunUntil([] { return false; }, time); }
+
+    const std::vector<ShownPicture>& Shown() const { return m_Shown; }
+    size_t Count() const { return m_Shown.size(); }
+    bool IsBlack() const { return m_bBlack; }
+    void Forget() { m_Shown.clear(); }
+
+    static double Number(const std::string& name)
+    {
+        const std::string all = host::Hooks().decoderStats();
+        const size_t at = all.find("\"" + name + "\":");
+        return at == std::string::npos ? -1 : std::atof(all.c_str() + at + name.size() + 3);
+    }
+    static std::string Stats() { return host::Hooks().decoderStats(); }
+
+private:
+    void Turn(Clock::time_point until)
+    {
+        host::DrainUiQueue();
+        Clock::time_point next = Clock::time_point::max();
+        if (host::VideoSource* source = host::CurrentVideoSource()) {
+            host::VideoFrame frame;
+            const Clock::time_point now = Clock::now();
+            if (source->Advance(now, frame, next)) {
+                m_bBlack = !frame;
+                m_Frame = frame;
+                if (frame) {
+                    m_Shown.push_back({now, frame.width, frame.height, Look(frame)});
+                }
+                source->OnPresented(Clock::now());
+            }
+        }
+        std::unique_lock lock(m_Mutex);
+        m_Condition.wait_until(lock, std::min(until, next), [this] { return m_bWoken; });
+        m_bWoken = false;
+    }
+    static uint64_t Look(const host::VideoFrame& frame)
+    {
+        uint64_t look = 1469598103934665603u;
+        for (int y = 0; y < frame.height; y += 7) {
+            for (int x = 0; x < frame.width; x += 5) {
+                look = (look ^ frame.plane[0][y * frame.stride[0] + x]) * 1099511628211u;
+            }
+        }
+        return look;
+    }
+
+    std::mutex m_Mutex;
+    std::condition_variable m_Condition;
+    bool m_bWoken = false;
+    bool m_bBlack = true;
+    host::VideoFrame m_Frame;    // held as a screen holds it
+    std::vector<ShownPicture> m_Shown;
+};
+
+}    // namespace test
