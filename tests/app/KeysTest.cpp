@@ -1,0 +1,271 @@
+#include "app/KeyTable.h"
+#include "tests/app/AppTest.h"
+
+namespace {
+
+constexpr int kSettled = 3;    // ticks after which a scheduled action has acted and settled
+
+class KeysTest : public AppTest {
+protected:
+    // The bytes that the engine was told to skip, from its diagnostics; 0: none.
+    static long Skipped(const std::string& said)
+    {
+        const size_t at = said.find("To Skip: ");
+        return at == std::string::npos ? 0 : std::stol(said.substr(at + 9));
+    }
+    // At the start's estimate of 5120000 bits a second; what the decoder holds is taken off both ways.
+    static long Distance(int seconds) { return 640000L * seconds - 1769472; }
+
+    void WriteMarks(char key)
+    {
+        std::string text = "#Nuvid File. Do not modify\n";
+        for (int i = 0; i < 4; ++i) {
+            text += std::string(1, key) + " a.mpg@" + std::to_string(i * (100L << 20)) + "\n";
+        }
+        m_Folder.Write("a.nuvid", text);
+    }
+};
+
+TEST_F(KeysTest, SkipKeysSkipAndShowIt)
+{
+    const struct {
+        unsigned long key;
+        const char* line;
+        const char* text;
+        int seconds;
+    } cases[] = {{Remote::kRight, "Got FF 30s\n", "FF 30 sec", 30}, {Remote::kLeft, "Got REW 10s\n", "REW 10 sec", -10},
+        {Remote::kFastForward, "Got FF 3m\n", "FF 3 min", 180}, {Remote::kRewind, "Got REW 30sec\n", "REW 30 sec", -30}};
+    Play({MakeFile("a.mpg")});
+    for (const auto& c : cases) {
+        EXPECT_TRUE(Has(Pressed(c.key), c.line)) << c.text;
+        EXPECT_TRUE(Shows(c.text));
+        EXPECT_EQ(Skipped(Ticked(kSettled)), Distance(c.seconds)) << c.text;
+        EXPECT_EQ(Status(), "Playing");
+    }
+}
+
+TEST_F(KeysTest, HeldFastKeysSkipFurtherAndDoNothingOnRelease)
+{
+    const struct {
+        unsigned long key;
+        const char* text;
+        int seconds;
+    } cases[] = {{Remote::kFastForward, "FF 6 min", 360}, {Remote::kRewind, "REW 3 min", -180}};
+    Play({MakeFile("a.mpg")});
+    for (const auto& c : cases) {
+        EXPECT_EQ(Said([&] {
+            for (int i = 0; i < 4; ++i) {
+                TestPlatform::KeyDown(c.key);
+            }
+        }),
+            "");
+        TestPlatform::KeyDown(c.key);
+        EXPECT_TRUE(Shows(c.text));
+        // The key is still held: nothing counts until the skip has settled.
+        for (int i = 0; i < 20; ++i) {
+            TestPlatform::KeyDown(c.key);
+        }
+        const std::string said = Said([&] {
+            TestPlatform::Tick(kSettled);
+            TestPlatform::KeyUp(c.key);
+            TestPlatform::Tick(5);
+        });
+        EXPECT_EQ(Count(said, "To Skip: "), 1) << c.text;
+        EXPECT_EQ(Skipped(said), Distance(c.seconds)) << c.text;
+        // The next short press is a short one again.
+        TestPlatform::PressKey(c.key);
+        EXPECT_NE(Skipped(Ticked(kSettled)), 0);
+    }
+}
+
+TEST_F(KeysTest, ALongHoldSkipsAgainAfterFiveMoreRepeats)
+{
+    Play({MakeFile("a.mpg")});
+    std::string said;
+    for (int i = 0; i < 5; ++i) {
+        TestPlatform::KeyDown(Remote::kFastForward);
+    }
+    said += Ticked(kSettled);
+    for (int i = 0; i < 5; ++i) {
+        TestPlatform::KeyDown(Remote::kFastForward);
+    }
+    said += Ticked(kSettled);
+    EXPECT_EQ(Count(said, "To Skip: "), 2);
+    EXPECT_EQ(Said([] { TestPlatform::KeyUp(Remote::kFastForward); }), "");
+}
+
+TEST_F(KeysTest, WhileAnActionIsPendingKeysAreNotHeardButReleasesAre)
+{
+    Play({MakeFile("a.mpg")});
+    TestPlatform::PressKey(Remote::kRight);
+    EXPECT_EQ(Pressed(Remote::kStop), "");
+    EXPECT_EQ(Pressed(Remote::kPause), "");
+    EXPECT_EQ(Status(), "Playing");
+    // A fast key that is released now shows its text and is refused.
+    EXPECT_TRUE(Has(Pressed(Remote::kRewind), "Got REW 30sec\nERROR!!! Already in a sequence\n"));
+    EXPECT_TRUE(Shows("REW 30 sec"));
+    EXPECT_EQ(Skipped(Ticked(10)), Distance(30));
+    TestPlatform::PressKey(Remote::kStop);
+    EXPECT_EQ(Status(), "Stopped");
+    EXPECT_TRUE(Shows("Stop"));
+}
+
+TEST_F(KeysTest, PauseAndPlayInQuickSuccessionSelectsTheStreamsAgain)
+{
+    Play({MakeFile("a.mpg")});
+    TestDecoder::ClearCalls();
+    TestPlatform::PressKey(Remote::kPause);
+    EXPECT_TRUE(Shows("Pause"));
+    EXPECT_EQ(Status(), "Paused");
+    TestPlatform::Tick(24);
+    TestPlatform::PressKey(Remote::kPlayPause);
+    EXPECT_TRUE(Shows("Play"));
+    EXPECT_EQ(Status(), "Playing");
+    EXPECT_EQ(TestDecoder::Count("SelectPIDs"), 1);
+
+    TestPlatform::PressKey(Remote::kPause);
+    TestPlatform::Tick(25);
+    TestPlatform::PressKey(Remote::kPause);
+    EXPECT_EQ(TestDecoder::Count("SelectPIDs"), 1);
+
+    TestPlatform::PressKey(Remote::kPause);
+    TestPlatform::PressKey(Remote::kPlay);    // this key never selects
+    EXPECT_EQ(Status(), "Playing");
+    EXPECT_EQ(TestDecoder::Count("SelectPIDs"), 1);
+}
+
+TEST_F(KeysTest, PowerPausesAndExitQuits)
+{
+    Play({MakeFile("a.mpg")});
+    for (const unsigned long key : {Remote::kPower, Remote::kPowerAlternate}) {
+        TestPlatform::PressKey(Remote::kPlay);
+        EXPECT_TRUE(Has(Pressed(key), "Power button pressed\n"));
+        EXPECT_EQ(Status(), "Paused");
+    }
+    TestPlatform::PressKey(Remote::kExit);
+    EXPECT_TRUE(TestPlatform::WasTerminated());
+    EXPECT_FALSE(TestDecoder::IsOpen());
+}
+
+TEST_F(KeysTest, ASecondBookmarkPressDeletesTheBookmark)
+{
+    Play({MakeFile("a.mpg")});
+    TestPlatform::PressKey(Remote::kSelect);
+    EXPECT_TRUE(Shows("Bookmark added"));
+    TestPlatform::Tick(24);
+    TestPlatform::PressKey(Remote::kSelect);
+    EXPECT_TRUE(Shows("Bookmark deleted"));
+    TestPlatform::PressKey(Remote::kSelect);
+    EXPECT_TRUE(Shows("Bookmark added"));
+    TestPlatform::Tick(25);
+    TestPlatform::PressKey(Remote::kSelect);
+    EXPECT_TRUE(Shows("Bookmark added"));
+}
+
+TEST_F(KeysTest, ABookmarkThatWasJustReachedCanBeDeleted)
+{
+    WriteMarks('b');
+    Play({MakeFile("a.mpg")});
+    TestPlatform::PressKey(Remote::kUp);
+    EXPECT_TRUE(Shows("Next Bookmark"));
+    TestPlatform::Tick(kSettled);
+    EXPECT_TRUE(Shows("Bookmark 2 of 4"));
+    TestPlatform::Tick(23);
+    TestPlatform::PressKey(Remote::kSelect);
+    EXPECT_TRUE(Shows("Bookmark deleted"));
+    TestPlatform::PressKey(Remote::kDown);
+    EXPECT_TRUE(Shows("Prev Bookmark"));
+    TestPlatform::Tick(24);
+    TestPlatform::PressKey(Remote::kSelect);
+    EXPECT_TRUE(Shows("Bookmark deleted"));
+}
+
+TEST_F(KeysTest, ASecondPreviousPressGoesBackOneFurther)
+{
+    const struct {
+        char mark;
+        unsigned long next;
+        unsigned long previous;
+        const char* word;
+    } cases[] = {{'c', Remote::kNextChapter, Remote::kPrevChapter, "Chapter "}, {'b', Remote::kUp, Remote::kDown, "Bookmark "}};
+    for (const auto& c : cases) {
+        TestPlatform::Reset();
+        WriteMarks(c.mark);
+        Play({MakeFile("a.mpg")});
+        const auto press = [&](unsigned long key, int ticks) {
+            TestPlatform::PressKey(key);
+            TestPlatform::Tick(ticks);
+        };
+        const auto at = [&](int number) { return Shows(std::string(c.word) + std::to_string(number) + " of 4"); };
+        press(c.next, kSettled);
+        press(c.next, kSettled);
+        EXPECT_TRUE(at(3)) << c.word;
+        press(c.previous, kSettled);    // to the start of the one it stands in
+        EXPECT_TRUE(at(3)) << c.word;
+        press(c.previous, 26);    // the last tick of the window
+        press(c.previous, kSettled);
+        EXPECT_TRUE(at(1)) << c.word;
+        press(c.next, 27);
+        press(c.previous, kSettled);    // the window is over
+        EXPECT_TRUE(at(2)) << c.word;
+        press(Remote::kRight, kSettled);    // makes the next press a first one again
+        press(c.previous, kSettled);
+        EXPECT_TRUE(at(2)) << c.word;
+        m_pApp.reset();
+    }
+}
+
+TEST_F(KeysTest, ZoomIsShownFirstAndChangedByASecondPress)
+{
+    Play({MakeFile("a.mpg")});
+    TestPlatform::PressKey(Remote::kZoom);
+    EXPECT_TRUE(Shows("Z0: Full"));
+    TestPlatform::Tick(24);
+    TestPlatform::PressKey(Remote::kZoom);
+    EXPECT_TRUE(Shows("Z1: Full+"));
+    TestPlatform::Tick(25);
+    TestPlatform::PressKey(Remote::kZoom);
+    EXPECT_TRUE(Shows("Z1: Full+"));
+}
+
+TEST_F(KeysTest, InfoTellsNamePlaceAndStreams)
+{
+    Play({MakeFile("a.mpg")});
+    TestPlatform::PressKey(Remote::kInfo);
+    EXPECT_TRUE(Shows("a.mpg: 0%"));
+    EXPECT_TRUE(Shows("Audio 1 of 1"));
+    EXPECT_TRUE(Shows("Bitrate: 5000Kbps  Zoom 0"));
+    const auto windows = TestPlatform::WindowsOnScreen();
+    ASSERT_EQ(windows.size(), 2U);
+    EXPECT_EQ(windows[1]->GetTitle().Str(), "Progress");
+    TestPlatform::PressKey(Remote::kInfo);    // within the window
+    EXPECT_TRUE(Shows("a.mpg: 0%"));
+}
+
+TEST_F(KeysTest, WithoutAFileTheKeysOfAFileDoNothing)
+{
+    Start({});
+    TestPlatform::Tick(40);
+    const int redraws = TestPlatform::RedrawCount(Osd());
+    for (const unsigned long key : {Remote::kUp, Remote::kDown, Remote::kNextChapter, Remote::kPrevChapter, Remote::kSelect}) {
+        TestPlatform::PressKey(key);
+    }
+    TestPlatform::PressKey(0x10024);    // no key of ours
+    TestPlatform::PressKey(0);
+    EXPECT_EQ(TestPlatform::RedrawCount(Osd()), redraws);
+    TestPlatform::PressKey(Remote::kInfo);
+    EXPECT_TRUE(Shows("No file"));
+    TestPlatform::PressKey(Remote::kMenu);
+    EXPECT_TRUE(Shows("Press [Menu] to open a file"));
+    EXPECT_EQ(TestPlatform::WindowsOnScreen().size(), 1U);    // no progress without a file
+}
+
+TEST_F(KeysTest, EveryRemoteKeyThatPlaysHasARow)
+{
+    for (const unsigned long key : {0x1000B, 0x1000C, 0x1000D, 0x1000E, 0x1000F, 0x10016, 0x10017, 0x10018, 0x10019, 0x1001B, 0x1001C, 0x1001D,
+             0x1001E, 0x1001F, 0x10020, 0x10021, 0x10022, 0x10023, 0x10026}) {
+        EXPECT_NE(KeyTable::Find(key), nullptr) << std::hex << key;
+    }
+}
+
+}    // namespace

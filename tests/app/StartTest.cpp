@@ -1,0 +1,132 @@
+#include "playback/PlaybackGlobals.h"
+#include "tests/app/AppTest.h"
+
+namespace {
+
+class StartTest : public AppTest { };
+
+TEST_F(StartTest, TheFirstFileIsOpenedAfterThreeTicks)
+{
+    const std::string said = Said([&] { Start({MakeFile("a.mpg")}); });
+    EXPECT_TRUE(Has(said, "\n\n\n\n\n\n\n\n\n\n"));
+    EXPECT_TRUE(Has(said, "Adding  to FileList(1)\n"));
+    EXPECT_TRUE(Shows("Nuvid is loading..."));
+    EXPECT_EQ(Osd().GetTitle().Str(), "Nuvid");
+    EXPECT_EQ(Osd().GetRect(), (CascadeRect {0, 0, 1280, 720}));
+    EXPECT_EQ(TestPlatform::FocusWindow(), &Osd());
+    EXPECT_EQ(TestPlatform::ClaimedPrefixes(), (std::vector<std::string> {"Nuvid"}));
+    EXPECT_GE(TestPlatform::ScreenActivity(), 1);
+    EXPECT_EQ(g_AppFolder.Str(), m_Folder.Path() + "/");
+
+    TestPlatform::Tick(3);
+    EXPECT_EQ(Status(), "Stopped");
+    TestPlatform::Tick();
+    EXPECT_EQ(Status(), "Playing");
+    EXPECT_EQ(CurrentFile(), "a.mpg");
+}
+
+TEST_F(StartTest, WithoutAFileTheViewerIsAskedAtTheFirstTick)
+{
+    Start({});
+    TestPlatform::Tick();
+    EXPECT_TRUE(Shows("Press [Menu] to open a file"));
+    EXPECT_FALSE(TestPlatform::WasTerminated());
+}
+
+TEST_F(StartTest, UnattendedWithoutAFileQuits)
+{
+    Start({"-unattended"});
+    TestPlatform::Tick();
+    EXPECT_TRUE(TestPlatform::WasTerminated());
+    EXPECT_EQ(TestPlatform::ExitCode(), 0);
+    EXPECT_EQ(TestPlatform::RunningTimers(), 0);
+}
+
+TEST_F(StartTest, FilesThatFailAreTriedOnePerTickUntilOneOpens)
+{
+    Start({m_Folder / "missing1.mpg", m_Folder / "missing2.mpg", MakeFile("c.mpg")});
+    const std::string first = Ticked(4);
+    EXPECT_EQ(Count(first, "File open failed!"), 1);
+    EXPECT_TRUE(Shows("File open failed"));
+    EXPECT_EQ(Count(Ticked(1), "File open failed!"), 1);
+    TestPlatform::Tick();
+    EXPECT_EQ(CurrentFile(), "c.mpg");
+}
+
+TEST_F(StartTest, WhenAllFilesFailTheViewerIsAsked)
+{
+    Start({m_Folder / "missing.mpg", ":repeat"});
+    TestPlatform::Tick(6);
+    EXPECT_TRUE(Shows("Press [Menu] to open a file"));
+}
+
+TEST_F(StartTest, ATitleIsShownInPlaceOfThePath)
+{
+    Play({"-name=The Film", MakeFile("a.mpg"), MakeFile("b.mpg")});
+    EXPECT_TRUE(Shows("Play"));
+    EXPECT_TRUE(Shows("The Film"));
+    TestPlatform::PressKey(Remote::kInfo);
+    EXPECT_TRUE(Shows("The Film: 0%"));
+    EndStream();
+    EXPECT_TRUE(Shows(EUtils::TrimStringInMiddle((m_Folder / "b.mpg").c_str(), 1230, CascadeFont("system", 40)).Str()));
+}
+
+TEST_F(StartTest, ADvdFolderBecomesItsMainTitleSet)
+{
+    std::filesystem::create_directories(m_Folder / "dvd/VIDEO_TS");
+    MakeFile("dvd/VIDEO_TS/VTS_01_1.VOB", 1000);
+    MakeFile("dvd/VIDEO_TS/VTS_02_1.VOB", 2000);
+    const std::string said = Said([&] { Start({m_Folder / "dvd"}); });
+    EXPECT_TRUE(Has(said, "Adding " + (m_Folder / "dvd/VIDEO_TS/VTS_02_1.VOB") + " to FileList(1)\n"));
+    TestPlatform::Tick(4);
+    EXPECT_EQ(CurrentFile(), "VTS_02_1.VOB");
+}
+
+TEST_F(StartTest, ParametersReachTheEngineAndTheWindow)
+{
+    const std::string said = Said([&] { Play({"-maxbuffer", "-NTSCRes=2", "-PALRes=x", "-fontsize=12", MakeFile("a.mpg")}); });
+    EXPECT_TRUE(Has(said, "VideoMode 1 = 1\n"));
+    EXPECT_TRUE(Has(said, "VideoMode 2 = -1\n"));
+    EXPECT_EQ(TestDecoder::NumBuffers(), 32U);
+    EXPECT_EQ(TestPlatform::FindText(TestPlatform::Paint(Osd()), "Play")->fontSize, 12);
+    EXPECT_FALSE(g_bTSFix);
+}
+
+TEST_F(StartTest, TheBufferKeepsItsSizeWhereTimestampsAreRepaired)
+{
+    Play({"-maxbuffer", "-FixTS", MakeFile("a.mpg")});
+    EXPECT_TRUE(g_bTSFix);
+    EXPECT_EQ(TestDecoder::NumBuffers(), 8U);
+    g_bTSFix = false;
+}
+
+TEST_F(StartTest, AFontSizeThatCannotBeDrawnIsBounded)
+{
+    for (const char* argument : {"-fontsize=0", "-fontsize=-5", "-fontsize=2000000000"}) {
+        TestPlatform::Reset();
+        Start({argument});
+        const auto drawings = TestPlatform::Paint(Osd());
+        ASSERT_EQ(drawings.size(), 3U);    // the fill, the shadow, the text
+        EXPECT_TRUE(drawings[2].fontSize >= 1 && drawings[2].fontSize <= 720) << argument;
+        m_pApp.reset();
+    }
+}
+
+TEST_F(StartTest, ARunEndsWithTheEngineClosedAndEveryTickIsStamped)
+{
+    std::string program = m_Folder / "nuvid";
+    std::string file = MakeFile("a.mpg");
+    char* arguments[] = {program.data(), file.data(), nullptr};
+    m_pApp = std::make_unique<NuvidApp>();
+    TestPlatform::SetLoop([&] {
+        TestPlatform::RunFor(1000);
+        EXPECT_EQ(g_LastUITick_ms, 1001000U);
+        EXPECT_EQ(Status(), "Playing");
+        TestPlatform::PressKey(Remote::kExit);
+        EXPECT_TRUE(TestPlatform::WasTerminated());
+    });
+    EXPECT_EQ(m_pApp->Run(2, arguments), 0);
+    EXPECT_FALSE(TestDecoder::IsOpen());
+}
+
+}    // namespace
