@@ -19,7 +19,7 @@ namespace {
 // A picture whose source is gone waits this long for that of the next one before the screen goes black.
 constexpr auto kKeepPicture = std::chrono::milliseconds(500);
 // Presenting may be slow on a large output; a picture is never asked for earlier than this.
-constexpr Clock::duration kLongestLead = std::chrono::milliseconds(10);
+constexpr Clock::duration kLongestLead = std::chrono::milliseconds(25);
 // A source that names a time in the past while nothing is due is not asked in a circle.
 constexpr Clock::duration kShortestRest = std::chrono::milliseconds(1);
 

@@ -13,6 +13,8 @@ constexpr int kLargestSize = 500;
 constexpr size_t kMeasuredLines = 8192;
 // Longer lines are wider than any screen.
 constexpr size_t kLongestText = 16384;
+// Smoothing on a coarse output, and colour glyphs that are scaled pictures, reach a little beyond the stated ink.
+constexpr int kInkMargin = 3;
 
 int Pixels(int pangoUnits) { return PANGO_PIXELS_CEIL(pangoUnits); }
 
@@ -122,9 +124,9 @@ CascadeRect TextEngine::DrawLine(cairo_t* cairo, CascadePoint at, const CascadeF
     cairo_move_to(cairo, at.x, baseline);
     pango_cairo_show_layout_line(cairo, line);
 
-    const int left = int(std::floor(at.x + double(ink.x) / PANGO_SCALE)) - 1;
-    const int top = int(std::floor(baseline + double(ink.y) / PANGO_SCALE)) - 1;
-    return {left, top, Pixels(ink.width) + 3, Pixels(ink.height) + 3};
+    const int left = int(std::floor(at.x + double(ink.x) / PANGO_SCALE)) - kInkMargin;
+    const int top = int(std::floor(baseline + double(ink.y) / PANGO_SCALE)) - kInkMargin;
+    return {left, top, Pixels(ink.width) + 2 * kInkMargin + 1, Pixels(ink.height) + 2 * kInkMargin + 1};
 }
 
 void TextEngine::DrawWrapped(cairo_t* cairo, const CascadeRect& box, const CascadeFont& font, const char* text)

@@ -34,19 +34,20 @@ VideoScaler::~VideoScaler() { sws_freeContext(m_pContext); }
 
 bool VideoScaler::Prepare(const host::VideoFrame& frame, CascadeDims from, CascadeDims to, bool toYuv)
 {
-    SwsContext* const before = m_pContext;
-    m_pContext = sws_getCachedContext(m_pContext, from.width, from.height, FormatOf(frame.format), to.width, to.height,
-                                      toYuv ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_BGR0, SWS_FAST_BILINEAR, nullptr, nullptr, nullptr);
+    const Task task{from, to, frame.format, frame.bt709, frame.fullRange, toYuv};
+    if (m_pContext != nullptr && task == m_Task) {
+        return true;
+    }
+    sws_freeContext(m_pContext);
+    m_pContext = sws_getContext(from.width, from.height, FormatOf(frame.format), to.width, to.height, toYuv ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_BGRA,
+                                SWS_FAST_BILINEAR, nullptr, nullptr, nullptr);
     if (m_pContext == nullptr) {
         return false;
     }
-    const Colors colors{frame.bt709, frame.fullRange, toYuv};
-    if (m_pContext != before || !(colors == m_Colors)) {
-        const int* const table = sws_getCoefficients(frame.bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601);
-        constexpr int kOne = 1 << 16;    // contrast and saturation, 16.16
-        sws_setColorspaceDetails(m_pContext, table, frame.fullRange ? 1 : 0, table, toYuv ? 0 : 1, 0, kOne, kOne);
-        m_Colors = colors;
-    }
+    const int* const table = sws_getCoefficients(frame.bt709 ? SWS_CS_ITU709 : SWS_CS_ITU601);
+    constexpr int kOne = 1 << 16;    // contrast and saturation, 16.16
+    sws_setColorspaceDetails(m_pContext, table, frame.fullRange ? 1 : 0, table, toYuv ? 0 : 1, 0, kOne, kOne);
+    m_Task = task;
     return true;
 }
 

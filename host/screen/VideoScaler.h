@@ -29,11 +29,16 @@ public:
     bool ToLimited420(const host::VideoFrame& frame, uint8_t* const planes[3], const int strides[3]);
 
 private:
-    struct Colors {
+    // All that a converter depends on. The library's own cache compares what it was asked for with what it made of
+    // that, and for some formats makes a new one for every picture.
+    struct Task {
+        CascadeDims from;
+        CascadeDims to;
+        host::PixelFormat format = host::PixelFormat::kYuv420;
         bool bt709 = false;
         bool fullRange = false;
         bool toYuv = false;
-        friend bool operator==(const Colors&, const Colors&) = default;
+        friend bool operator==(const Task&, const Task&) = default;
     };
     bool Prepare(const host::VideoFrame& frame, CascadeDims from, CascadeDims to, bool toYuv);
     bool Run(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* const planes[4], const int strides[4]);
@@ -43,7 +48,7 @@ private:
         void operator()(uint8_t* memory) const { std::free(memory); }
     };
     SwsContext* m_pContext = nullptr;
-    Colors m_Colors;
+    Task m_Task;    // of m_pContext
     std::unique_ptr<uint8_t, FreeDeleter> m_Bounce;
     size_t m_nBounceBytes = 0;
 };

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <thread>
+
 #include <gtest/gtest.h>
 
 #include "host/screen/HostLoop.h"

@@ -1,0 +1,133 @@
+// What the surface presenter leaves standing after many small changes is what drawing everything anew gives.
+#include "host/screen/SurfacePresenter.h"
+
+#include <cstring>
+#include <random>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace screen;
+
+class WatchedTarget : public MemoryTarget {
+public:
+    using MemoryTarget::MemoryTarget;
+    bool Show(const std::vector<CascadeRect>& areas) override
+    {
+        shown = areas;
+        ++shows;
+        return true;
+    }
+    std::vector<CascadeRect> shown;
+    int shows = 0;
+};
+
+struct PresenterTest : ::testing::Test {
+    PresenterTest()
+    {
+        auto owned = std::make_unique<WatchedTarget>(CascadeDims{400, 240});
+        target = owned.get();
+        presenter = std::make_unique<SurfacePresenter>(std::move(owned));
+        scene.frame = &frame;
+        scene.layers = &layers;
+    }
+
+    void MakeFrame(unsigned seed)
+    {
+        constexpr int kStride = 256;
+        auto memory = std::make_shared<std::vector<uint8_t>>(kStride * 128 * 2);
+        std::mt19937 random(seed);
+        for (uint8_t& value : *memory) {
+            value = uint8_t(16 + random() % 220);
+        }
+        frame = {};
+        frame.width = 160;
+        frame.height = 120;
+        frame.plane[0] = memory->data();
+        frame.plane[1] = memory->data() + kStride * 128;
+        frame.plane[2] = frame.plane[1] + kStride / 2 * 64;
+        frame.stride[0] = kStride;
+        frame.stride[1] = frame.stride[2] = kStride / 2;
+        frame.keepAlive = memory;
+        scene.geometry = {{0, 0, 160, 120}, {40, 0, 320, 240}};
+    }
+    std::unique_ptr<Layer> MakeLayer(const CascadeRect& box, double alpha)
+    {
+        auto layer = std::make_unique<Layer>();
+        layer->box = box;
+        layer->pixels = CreateSurface(box.width, box.height, 1);
+        const CairoPtr cairo(cairo_create(layer->pixels.get()));
+        cairo_set_source_rgba(cairo.get(), 1, 0.5, 0.2, alpha);
+        cairo_paint(cairo.get());
+        return layer;
+    }
+    std::vector<uint8_t> Pixels()
+    {
+        SurfaceTarget::Pixels pixels;
+        target->Lock(pixels);
+        return {pixels.data, pixels.data + size_t(pixels.stride) * size_t(pixels.dims.height)};
+    }
+
+    WatchedTarget* target = nullptr;
+    std::unique_ptr<SurfacePresenter> presenter;
+    host::VideoFrame frame;
+    std::vector<const Layer*> layers;
+    Scene scene;
+};
+
+}    // namespace
+
+TEST_F(PresenterTest, ManySmallChangesEndAsOneLargeOne)
+{
+    MakeFrame(1);
+    Changes changes;
+    changes.everything = true;
+    ASSERT_TRUE(presenter->Present(scene, changes));
+    std::mt19937 random(7);
+    std::vector<std::unique_ptr<Layer>> owned;
+    for (int step = 0; step < 60; ++step) {
+        changes = {};
+        changes.picture = random() % 3 == 0;
+        if (changes.picture) {
+            MakeFrame(unsigned(step));
+        }
+        if (!owned.empty() && random() % 2 == 0) {
+            changes.overlay.Unite(owned.front()->box);
+            owned.erase(owned.begin());
+        }
+        if (owned.size() < 4 && random() % 2 == 0) {
+            owned.push_back(MakeLayer({int(random() % 380), int(random() % 200), 1 + int(random() % 200), 1 + int(random() % 100)}, 0.2 * double(random() % 6)));
+            changes.overlay.Unite(owned.back()->box);
+        }
+        layers.clear();
+        for (const auto& layer : owned) {
+            layers.push_back(layer.get());
+        }
+        ASSERT_TRUE(presenter->Present(scene, changes));
+        const std::vector<uint8_t> standing = Pixels();
+        ASSERT_NE(nullptr, presenter->Capture(scene));
+        ASSERT_EQ(standing, Pixels()) << "step " << step;
+    }
+}
+
+TEST_F(PresenterTest, OnlyWhatChangedIsShown)
+{
+    MakeFrame(1);
+    Changes everything;
+    everything.everything = true;
+    presenter->Present(scene, everything);
+    const auto band = MakeLayer({0, 0, 30, 30}, 1);
+    layers = {band.get()};
+    Changes overlay;
+    overlay.overlay = band->box;
+    presenter->Present(scene, overlay);
+    EXPECT_EQ((std::vector<CascadeRect>{{0, 0, 30, 30}}), target->shown);    // beside the picture: that is left alone
+    Changes picture;
+    picture.picture = true;
+    presenter->Present(scene, picture);
+    EXPECT_EQ((std::vector<CascadeRect>{scene.geometry.destination}), target->shown);
+    const int shows = target->shows;
+    presenter->Present(scene, {});
+    EXPECT_EQ(shows, target->shows);
+}
