@@ -6,6 +6,10 @@
 #include "host/decoder/StreamScan.h"
 #include "platform/CascadeStream.h"
 
+extern "C" {
+#include <libavutil/log.h>
+}
+
 namespace {
 
 constexpr size_t kFirstLook = 128 << 10;
@@ -17,7 +21,10 @@ struct CascadeMPEGFile::Impl {
     std::vector<host::ScannedProgram> programs;
 };
 
-CascadeMPEGFile::CascadeMPEGFile() : m_pImpl(std::make_unique<Impl>()) {}
+CascadeMPEGFile::CascadeMPEGFile() : m_pImpl(std::make_unique<Impl>())
+{
+    av_log_set_level(AV_LOG_QUIET);    // nobody reads the library's complaints about damaged streams
+}
 
 CascadeMPEGFile::~CascadeMPEGFile() = default;
 

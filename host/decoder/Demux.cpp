@@ -61,7 +61,7 @@ void Demux::Track::Drop()
     sawOrder = false;
 }
 
-Demux::Demux(Opening& opening, FeedRing& ring, CodedStore& store) : m_Opening(opening), m_Ring(ring), m_Store(store) {}
+Demux::Demux(Opening& opening, FeedRing& ring, CodedStore& store, SegmentOffsets& offsets) : m_Opening(opening), m_Ring(ring), m_Store(store), m_Offsets(offsets) {}
 
 Demux::~Demux() = default;
 

@@ -17,6 +17,7 @@
 #include "host/decoder/AvPointers.h"
 #include "host/decoder/CodedStore.h"
 #include "host/decoder/FeedRing.h"
+#include "host/decoder/SegmentOffsets.h"
 #include "host/decoder/StampLine.h"
 
 namespace host {
@@ -38,7 +39,7 @@ StreamRole RoleInProgramStream(const Selection& selection, int id);
 
 class Demux {
 public:
-    Demux(Opening& opening, FeedRing& ring, CodedStore& store);
+    Demux(Opening& opening, FeedRing& ring, CodedStore& store, SegmentOffsets& offsets);
     ~Demux();
 
     void Run();    // until the decoder goes away
@@ -82,6 +83,7 @@ private:
     Opening& m_Opening;
     FeedRing& m_Ring;
     CodedStore& m_Store;
+    SegmentOffsets& m_Offsets;
 
     mutable std::mutex m_Mutex;
     std::condition_variable m_Selected;

@@ -146,6 +146,9 @@ void Demux::Deliver(CodedStore::Kind kind, PacketPtr packet)
             const int64_t raw = both ? one->dts : one->pts;
             order = m_Line.Place(kind == CodedStore::kVideo ? StampLine::kVideo : StampLine::kAudio, raw, track.sawOrder);
             pts = order + StampDifference(one->pts, raw);
+            for (SegmentVerdict verdict = m_Line.NextVerdict(); verdict.kind != SegmentVerdict::kNone; verdict = m_Line.NextVerdict()) {
+                m_Offsets.Judge(m_nPlaying, verdict);
+            }
         }
         Cut(kind, *one, pts, order);
     }

@@ -51,7 +51,7 @@ private:
     host::CodedStore m_Store{m_Opening};
     host::Present m_Present{m_Opening, m_Clock, m_Sink, m_Stats};
     host::FeedRing m_Ring;
-    host::Demux m_Demux{m_Opening, m_Ring, m_Store};
+    host::Demux m_Demux{m_Opening, m_Ring, m_Store, m_Offsets};
     host::VideoDecode m_Video;
     host::AudioDecode m_Audio;
     std::thread m_Threads[3];
@@ -61,7 +61,7 @@ MPEGDecoder::Impl* MPEGDecoder::Impl::s_pLatest = nullptr;
 
 MPEGDecoder::Impl::Impl(MPEGDecoder& owner)
     : m_Ring(m_Opening, [&owner](unsigned char* buffer, unsigned long length) { return owner.OnFillBuffer(buffer, length); }, [&owner] { owner.OnDecoderError(); }),
-      m_Video(m_Opening, m_Store, m_Offsets, m_Present, m_Stats, [this] { m_Ring.ReportError(); }),
+      m_Video(m_Opening, m_Store, m_Offsets, m_Clock, m_Present, m_Stats, [this] { m_Ring.ReportError(); }),
       m_Audio(m_Opening, m_Store, m_Offsets, m_Clock, m_Sink, m_Present, m_Stats, [this] { m_Ring.ReportError(); })
 {
     av_log_set_level(AV_LOG_QUIET);    // damaged streams are everyday life; nobody reads the library's complaints
@@ -127,6 +127,7 @@ void MPEGDecoder::Impl::KickAll()
     m_Present.Kick();
     m_Sink.Kick();
     m_Clock.Kick();
+    m_Offsets.Kick();
 }
 
 bool MPEGDecoder::Impl::Open(uint32_t buffers, uint32_t bytesEach)

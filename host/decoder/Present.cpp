@@ -136,7 +136,7 @@ void Present::DropLate(Clock::time_point now)
     }
 }
 
-void Present::Show(VideoFrame& frame, Clock::time_point due, Clock::time_point& next)
+void Present::Show(VideoFrame& frame, Clock::time_point due)
 {
     m_Last = std::move(m_Queue.front());
     m_Queue.pop_front();
@@ -146,9 +146,6 @@ void Present::Show(VideoFrame& frame, Clock::time_point due, Clock::time_point& 
     m_bHandedOut = true;
     m_bOnScreen = true;
     m_BlackAt.reset();
-    if (!m_Queue.empty()) {
-        next = m_Clock.TimeOf(m_Queue.front().ticks);
-    }
     if (m_Queue.size() <= kRefillAt) {
         m_Room.notify_one();
     }
@@ -158,27 +155,25 @@ bool Present::Advance(Clock::time_point now, VideoFrame& frame, Clock::time_poin
 {
     next = Clock::time_point::max();
     m_Clock.TryStart(now);
+    if (ShowFirst(now, frame)) {
+        m_Clock.TryStart(now);    // nothing to wait for when there is no sound
+    }
     std::lock_guard lock(m_Mutex);
-    bool shown = false;
+    bool shown = static_cast<bool>(frame);
     if (m_Queue.empty()) {
-        shown = TakeBlack(now, frame, next);
-    } else if (m_bFirst) {
-        m_bFirst = false;
-        m_Clock.FirstPicture(m_Queue.front().ticks, now);
-        Show(frame, Clock::time_point::max(), next);
-        shown = true;
+        shown = TakeBlack(now, frame, next) || shown;
     } else if (m_Clock.IsRunning()) {
-        Clock::time_point due = m_Clock.TimeOf(m_Queue.front().ticks);
-        if (due <= now + kEarly) {
+        const Clock::time_point due = m_Clock.TimeOf(m_Queue.front().ticks);
+        if (!shown && due <= now + kEarly) {
             if (m_Queue.front().afterDrought && now - due > kDrought && m_Sink.BufferedTicks() == 0) {
                 m_Clock.Rebase(m_Queue.front().ticks, now);
-                due = now;
             }
             DropLate(now);
-            Show(frame, m_Clock.TimeOf(m_Queue.front().ticks), next);
+            Show(frame, m_Clock.TimeOf(m_Queue.front().ticks));
             shown = true;
-        } else {
-            next = due;
+        }
+        if (!m_Queue.empty()) {
+            next = m_Clock.TimeOf(m_Queue.front().ticks);
         }
     }
     if (!m_Clock.IsRunning()) {
@@ -186,6 +181,20 @@ bool Present::Advance(Clock::time_point now, VideoFrame& frame, Clock::time_poin
     }
     m_bScreenWaits = next == Clock::time_point::max();
     return shown;
+}
+
+// The first picture of an opening is shown as soon as it is there; the clock starts from it.
+bool Present::ShowFirst(Clock::time_point now, VideoFrame& frame)
+{
+    std::lock_guard lock(m_Mutex);
+    frame = {};
+    if (!m_bFirst || m_Queue.empty()) {
+        return false;
+    }
+    m_bFirst = false;
+    m_Clock.FirstPicture(m_Queue.front().ticks, now);
+    Show(frame, Clock::time_point::max());
+    return true;
 }
 
 void Present::OnPresented(Clock::time_point when)

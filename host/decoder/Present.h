@@ -50,7 +50,8 @@ private:
     size_t Capacity() const;
     bool TakeBlack(Clock::time_point now, VideoFrame& frame, Clock::time_point& next);
     void DropLate(Clock::time_point now);
-    void Show(VideoFrame& frame, Clock::time_point due, Clock::time_point& next);
+    bool ShowFirst(Clock::time_point now, VideoFrame& frame);
+    void Show(VideoFrame& frame, Clock::time_point due);
 
     Opening& m_Opening;
     PlayClock& m_Clock;

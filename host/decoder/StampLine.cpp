@@ -11,6 +11,8 @@ constexpr int64_t kBackwardJitter = kSecond / 100;
 constexpr int64_t kLooseBackward = kSecond;          // presentation stamps of reordered pictures
 constexpr int64_t kSmallSoundStep = kSecond * 3 / 10;
 constexpr int64_t kNear = kSecond * 3 / 2;           // how far two streams of one multiplex lie apart
+constexpr int64_t kLongestHole = 12 * kSecond;
+constexpr int64_t kProof = kSecond / 4;              // so far beyond the hole's begin the other stream must go
 constexpr int64_t kBase = int64_t{1} << 33;          // room for stamps a little before a segment's first
 
 }    // namespace
@@ -34,7 +36,7 @@ int64_t StampLine::Keep(Track& track, int64_t ticks)
     track.mustMove = false;
     Segment& segment = Slot(track.segment);
     if (!segment.used || segment.number != track.segment || ticks > segment.last) {
-        segment = {track.segment, ticks, true};
+        segment = {track.segment, track.clock, ticks, true};
     }
     return SegmentStamp::Make(track.segment, ticks & SegmentStamp::kMask);
 }
@@ -46,6 +48,7 @@ bool StampLine::JoinNewer(Track& track, int64_t raw)
         const Segment& segment = Slot(number);
         if (segment.used && segment.number == number && std::llabs(StampDifference(raw, segment.last)) <= kNear) {
             track.segment = number;
+            track.clock = segment.clock;
             track.ignoredStep = false;
             track.last = segment.last + StampDifference(raw, segment.last);
             return true;
@@ -60,18 +63,65 @@ int64_t StampLine::OpenNew(Track& track, int64_t raw)
         ++m_nNewest;
     }
     m_bAny = true;
-    track.segment = m_nNewest;
+    track.segment = track.clock = m_nNewest;
     track.ignoredStep = false;
     return Keep(track, raw + kBase);
 }
 
+int64_t StampLine::OpenDoubtful(Kind kind, int64_t ticks)
+{
+    Track& track = m_Tracks[kind];
+    const unsigned before = track.segment;
+    ++m_nNewest;
+    m_Doubts[m_nNewest % m_Doubts.size()] = {true, kind, m_nNewest, before, track.last + kProof};
+    m_Verdicts.push_back({SegmentVerdict::kDoubt, m_nNewest, before});
+    track.segment = m_nNewest;
+    track.ignoredStep = false;
+    return Keep(track, ticks);
+}
+
+// The stream `kind` has a new stamp: what does it say about the segments that the other one opened?
+void StampLine::Judge(Kind kind)
+{
+    const Track& track = m_Tracks[kind];
+    for (Doubt& doubt : m_Doubts) {
+        if (!doubt.open || doubt.opener == kind) {
+            continue;
+        }
+        if (track.segment >= doubt.segment) {
+            m_Verdicts.push_back({SegmentVerdict::kJoint, doubt.segment, doubt.before});
+            doubt.open = false;
+        } else if (track.clock == Slot(doubt.segment).clock && track.last > doubt.limit) {
+            m_Verdicts.push_back({SegmentVerdict::kHole, doubt.segment, doubt.before});
+            doubt.open = false;
+        }
+    }
+}
+
+SegmentVerdict StampLine::NextVerdict()
+{
+    if (m_Verdicts.empty()) {
+        return {};
+    }
+    const SegmentVerdict verdict = m_Verdicts.front();
+    m_Verdicts.pop_front();
+    return verdict;
+}
+
 int64_t StampLine::Place(Kind kind, int64_t order, bool exact)
 {
-    const int64_t raw = order & (kBase - 1);
+    const int64_t placed = PlaceUnjudged(kind, order & (kBase - 1), exact);
+    Judge(kind);
+    return placed;
+}
+
+int64_t StampLine::PlaceUnjudged(Kind kind, int64_t raw, bool exact)
+{
     Track& track = m_Tracks[kind];
     const Track& other = m_Tracks[1 - kind];
     if (!track.known && other.known && !other.mustMove && std::llabs(StampDifference(raw, other.last)) <= 20 * kSecond) {
         track.segment = other.segment;
+        track.clock = other.clock;
         return Keep(track, other.last + StampDifference(raw, other.last));
     }
     if (!track.known || track.mustMove) {
@@ -86,7 +136,8 @@ int64_t StampLine::Place(Kind kind, int64_t order, bool exact)
         }
         return Keep(track, track.last + step);
     }
-    if (forward && other.known && other.segment == track.segment && std::llabs(StampDifference(raw, other.last)) <= kNear) {
+    const bool sameClock = other.known && !other.mustMove && other.clock == track.clock;
+    if (forward && sameClock && std::llabs(StampDifference(raw, other.last)) <= kNear) {
         return Keep(track, track.last + step);    // a hole in this stream only
     }
     if (JoinNewer(track, raw)) {
@@ -95,6 +146,9 @@ int64_t StampLine::Place(Kind kind, int64_t order, bool exact)
     if (kind == kAudio && back && step > -kSmallSoundStep) {
         track.ignoredStep = true;
         return Keep(track, track.last + step);
+    }
+    if (forward && sameClock && step <= kLongestHole) {
+        return OpenDoubtful(kind, track.last + step);
     }
     return OpenNew(track, raw);
 }

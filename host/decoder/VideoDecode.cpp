@@ -10,6 +10,7 @@ namespace {
 constexpr int64_t kUsualDuration = 3600;
 constexpr int64_t kUnstamped = int64_t{1} << 34;    // where pictures begin that have no stamp yet
 constexpr int64_t kOddStep = 45000;       // a stamp that goes back by more is taken for a new clock
+constexpr std::chrono::milliseconds kVerdictReserve{40};
 constexpr std::chrono::milliseconds kDroughtWait{30};
 
 TimedPicture Wrap(FramePtr frame, bool drought)
@@ -40,8 +41,8 @@ TimedPicture Wrap(FramePtr frame, bool drought)
 
 }    // namespace
 
-VideoDecode::VideoDecode(Opening& opening, CodedStore& store, SegmentOffsets& offsets, Present& present, DecoderStats& stats, std::function<void()> error)
-    : m_Opening(opening), m_Store(store), m_Offsets(offsets), m_Present(present), m_Stats(stats), m_Error(std::move(error))
+VideoDecode::VideoDecode(Opening& opening, CodedStore& store, SegmentOffsets& offsets, PlayClock& clock, Present& present, DecoderStats& stats, std::function<void()> error)
+    : m_Opening(opening), m_Store(store), m_Offsets(offsets), m_Clock(clock), m_Present(present), m_Stats(stats), m_Error(std::move(error))
 {
 }
 
@@ -186,6 +187,24 @@ int64_t VideoDecode::DurationOf(const AVFrame& frame)
     return one + one * std::max(frame.repeat_pict, 0) / 2;
 }
 
+// A segment's first picture follows the last one before, unless the segment only lies behind a hole. While
+// that is in doubt, the answer is waited for as long as there are pictures to show.
+int64_t VideoDecode::PlaceSegment(Opening::Number opening, unsigned segment, int64_t ticks)
+{
+    while (m_bAny && m_Opening.Is(opening) && m_Offsets.IsInDoubt(segment) && !m_Store.HasEnded()) {
+        const Clock::time_point needed = m_Clock.TimeOf(m_nEnd);
+        const Clock::time_point now = Clock::now();
+        if (needed != Clock::time_point::max() && needed - now < kVerdictReserve) {
+            break;
+        }
+        m_Offsets.AwaitVerdict(opening, segment, now + kVerdictReserve);
+    }
+    const std::optional<int64_t> known = m_bAny && !m_Offsets.IsHole(segment) ? std::nullopt : m_Offsets.Get(segment);
+    const int64_t offset = known ? *known : m_bAny ? m_nEnd - ticks : 0;
+    m_Offsets.Set(opening, segment, offset);
+    return offset;
+}
+
 // Where a picture lies on the time line. Pictures come in display order; those without a stamp follow their
 // predecessor.
 int64_t VideoDecode::LineTicks(Opening::Number opening, const AVFrame& frame, int64_t duration)
@@ -196,9 +215,8 @@ int64_t VideoDecode::LineTicks(Opening::Number opening, const AVFrame& frame, in
     const unsigned segment = SegmentStamp::Segment(frame.pts);
     const int64_t ticks = SegmentStamp::Ticks(frame.pts);
     if (segment != m_nSegment || m_nLastStamp == AV_NOPTS_VALUE) {
-        m_nSegmentOffset = m_bAny ? m_nEnd - ticks : m_Offsets.Get(segment).value_or(0);
+        m_nSegmentOffset = PlaceSegment(opening, segment, ticks);
         m_nSegment = segment;
-        m_Offsets.Set(opening, segment, m_nSegmentOffset);
     } else {
         const int64_t step = frame.pts - m_nLastStamp;
         if (step > duration / 4 && step < 18000) {

@@ -20,7 +20,7 @@ namespace host {
 
 class VideoDecode {
 public:
-    VideoDecode(Opening& opening, CodedStore& store, SegmentOffsets& offsets, Present& present, DecoderStats& stats, std::function<void()> error);
+    VideoDecode(Opening& opening, CodedStore& store, SegmentOffsets& offsets, PlayClock& clock, Present& present, DecoderStats& stats, std::function<void()> error);
 
     void Run();
 
@@ -32,6 +32,7 @@ private:
     void Receive(Opening::Number opening);
     void Drain(Opening::Number opening);
     int64_t DurationOf(const AVFrame& frame);
+    int64_t PlaceSegment(Opening::Number opening, unsigned segment, int64_t ticks);
     int64_t LineTicks(Opening::Number opening, const AVFrame& frame, int64_t duration);
     void Finish(Opening::Number opening, FramePtr frame);
     void Send(Opening::Number opening, std::vector<FramePtr>& frames);
@@ -41,6 +42,7 @@ private:
     Opening& m_Opening;
     CodedStore& m_Store;
     SegmentOffsets& m_Offsets;
+    PlayClock& m_Clock;
     Present& m_Present;
     DecoderStats& m_Stats;
     const std::function<void()> m_Error;
