@@ -10,7 +10,7 @@ namespace {
 constexpr int64_t kUsualDuration = 3600;
 constexpr int64_t kUnstamped = int64_t{1} << 34;    // where pictures begin that have no stamp yet
 constexpr int64_t kOddStep = 45000;       // a stamp that goes back by more is taken for a new clock
-constexpr std::chrono::milliseconds kVerdictReserve{40};
+constexpr std::chrono::milliseconds kVerdictPatience{300};
 constexpr std::chrono::milliseconds kDroughtWait{30};
 
 TimedPicture Wrap(FramePtr frame, bool drought)
@@ -188,16 +188,16 @@ int64_t VideoDecode::DurationOf(const AVFrame& frame)
 }
 
 // A segment's first picture follows the last one before, unless the segment only lies behind a hole. While
-// that is in doubt, the answer is waited for as long as there are pictures to show.
+// that is in doubt, the answer is waited for, a little longer than there are pictures to show.
 int64_t VideoDecode::PlaceSegment(Opening::Number opening, unsigned segment, int64_t ticks)
 {
     while (m_bAny && m_Opening.Is(opening) && m_Offsets.IsInDoubt(segment) && !m_Store.HasEnded()) {
         const Clock::time_point needed = m_Clock.TimeOf(m_nEnd);
         const Clock::time_point now = Clock::now();
-        if (needed != Clock::time_point::max() && needed - now < kVerdictReserve) {
+        if (needed != Clock::time_point::max() && now > needed + kVerdictPatience) {
             break;
         }
-        m_Offsets.AwaitVerdict(opening, segment, now + kVerdictReserve);
+        m_Offsets.AwaitVerdict(opening, segment, now + kVerdictPatience);
     }
     const std::optional<int64_t> known = m_bAny && !m_Offsets.IsHole(segment) ? std::nullopt : m_Offsets.Get(segment);
     const int64_t offset = known ? *known : m_bAny ? m_nEnd - ticks : 0;
