@@ -1,0 +1,42 @@
+// Decides, entry by entry, what a folder scan of the browser shows.
+//
+// Units:     sizes are bytes.
+// Errors:    an entry whose status cannot be read counts as a file of any size. Nothing is printed.
+// Threads:   one thread at a time per object. Match asks the disk once an entry.
+// Ownership: owns its patterns.
+// Use:       one selector serves one scan: folding sequences goes by the entry that was accepted last, so it
+//            needs the scan's order, in which the members of a sequence follow each other.
+#pragma once
+
+#include <memory>
+
+#include "platform/CascadeArrays.h"
+#include "platform/CascadeFile.h"
+
+class AllSelector : public CascadeFSObject::Selector {
+public:
+    // `filter`: with the bit for directories only directories pass and nothing else is looked at.
+    // `minSize`: files of 4 GiB and more always pass.
+    // `collapse`: only the first member of a numbered sequence passes.
+    // `patterns`: shell patterns for the lower-cased name, split at ";"; null or empty: any name.
+    AllSelector(SelectorTypeFilter filter, unsigned long minSize, bool collapse, const char* patterns);
+
+    bool Match(CascadeFSObject& entry) override;
+    bool PatternMatch(CascadeFSObject& entry) const;
+
+    // A shell pattern of "*" and "?" as an extended regular expression, not anchored.
+    static CascadeString PatternToRegex(const char* pattern);
+
+private:
+    bool IsFirstOfSequence(const CascadeFSObject& entry);
+
+    SelectorTypeFilter m_Filter;
+    // The sequence of the file that was accepted last; used only when folding.
+    CascadeString m_LastBase;
+    CascadeString m_LastExtension;
+    CascadeString m_LastFolder;
+    CascadeString m_LastFullPath;
+    std::unique_ptr<CascadeTokenArray> m_pPatterns;    // null: any name
+    unsigned long m_nMinSize;
+    bool m_bCollapse;
+};
