@@ -44,14 +44,15 @@ private:
 
     std::unique_ptr<HttpStreamShared> m_Shared;
     std::unique_ptr<host::HttpStreamReader> m_Reader;    // gone before what it shares
-    Clock::time_point m_NextProbe;
+    uint64_t m_nProbedEnd = UINT64_MAX;    // the end that was asked about last
+    Clock::time_point m_NextProbe;         // when it may be asked about again
 };
 
 bool CascadeHTTPStream::Impl::Open(const char* url, std::string& error)
 {
     m_Reader.reset();
     m_Shared = std::make_unique<HttpStreamShared>();
-    m_NextProbe = {};
+    m_nProbedEnd = UINT64_MAX;
     m_Reader = std::make_unique<host::HttpStreamReader>(url, host::HttpTimeouts {m_ConnectTimeout, m_SilenceTimeout}, *m_Shared);
     bool open = false;
     {
@@ -132,19 +133,24 @@ bool CascadeHTTPStream::Impl::Seek(unsigned long long position)
 // With the lock held. Only a resource of stated size, on a server that can send its rest, is looked at again.
 bool CascadeHTTPStream::Impl::MayProbe() const
 {
-    return m_Shared->state == State::kEnded && m_Shared->rangesWork && m_Shared->sizeStated && Clock::now() >= m_NextProbe;
+    return m_Shared->state == State::kEnded && m_Shared->rangesWork && m_Shared->sizeStated;
 }
 
+// With the lock held. Done: the window reaches `end`, or nothing more comes.
 host::WaitResult CascadeHTTPStream::Impl::WaitFor(std::unique_lock<std::mutex>& lock, uint64_t end)
 {
     HttpStreamShared& shared = *m_Shared;
-    if (shared.window.End() < end && MayProbe()) {
-        m_NextProbe = Clock::now() + kProbeEvery;
-        Order(true);
-    }
-    shared.wantedEnd = end;
     const auto ready = [&shared, end] { return shared.window.End() >= end || shared.state == State::kEnded || shared.state == State::kFailed; };
-    const host::WaitResult result = shared.changed.Wait(lock, ready, Clock::now() + kWaitSlice);
+    shared.wantedEnd = end;
+    bool lateEnough = Clock::now() >= m_NextProbe;
+    host::WaitResult result = shared.changed.Wait(lock, ready, Clock::now() + kWaitSlice);
+    while (result == host::WaitResult::kDone && shared.window.End() < end && MayProbe() && (lateEnough || shared.window.End() != m_nProbedEnd)) {
+        lateEnough = false;
+        m_nProbedEnd = shared.window.End();
+        Order(true);
+        result = shared.changed.Wait(lock, ready, Clock::now() + kWaitSlice);
+        m_NextProbe = Clock::now() + kProbeEvery;
+    }
     shared.wantedEnd = UINT64_MAX;
     return result;
 }

@@ -52,7 +52,7 @@ void HttpStreamReader::Run()
         Fail("out of file descriptors");
         return;
     }
-    HttpTransfer transfer(m_Url, m_Timeouts, *this);
+    HttpTransfer transfer(m_Url, *this);
     m_pTransfer = &transfer;
     m_LastByte = Clock::now();
     Ask(0);
@@ -99,6 +99,7 @@ void HttpStreamReader::BeginOrder(uint64_t target, bool probe, std::optional<uin
     m_bProbe = probe;
     m_nProbes = 0;
     m_nTries = 0;
+    m_bReplaced = false;
     m_AskAt = Clock::time_point::max();
     m_LastByte = Clock::now();
     if (!probe && size && target >= *size) {
@@ -136,7 +137,11 @@ void HttpStreamReader::Ask(uint64_t from, std::string ifRange)
     m_bAnswered = false;
     m_Judgement = HttpJudgement();
     m_nBodyAt = m_Request.from;
-    if (!m_pTransfer->Start(m_Request)) {
+    HttpPatience patience {m_Timeouts.connect, m_Timeouts.silence, m_Timeouts.silence, Clock::time_point::max()};
+    if (m_bReplaced) {
+        patience.answerBy = m_LastByte + m_Timeouts.silence;
+    }
+    if (!m_pTransfer->Start(m_Request, patience)) {
         Fail("not an http address");
     }
 }
@@ -145,7 +150,6 @@ bool HttpStreamReader::OnAnswer(const HttpAnswer& answer)
 {
     const std::lock_guard lock(m_Shared.mutex);
     m_bAnswered = true;
-    m_LastByte = Clock::now();
     m_Judgement = JudgeHttpAnswer(m_Request, answer, m_Shared.size);
     if (m_bProbe && m_Judgement.verdict == HttpVerdict::kTake && m_Judgement.start != m_Request.from) {
         m_Judgement.verdict = HttpVerdict::kEnd;    // not worth reading everything again
@@ -168,6 +172,9 @@ bool HttpStreamReader::OnAnswer(const HttpAnswer& answer)
     } else if (answer.status == 206 || answer.acceptsRanges) {
         m_Shared.rangesWork = true;
     }
+    if (m_bReplaced || m_Shared.rangesWork) {
+        m_pTransfer->SetBodyPatience(m_Timeouts.silence / 2);    // see EndSilence
+    }
     if (m_Shared.state == HttpStreamShared::State::kOpening) {
         m_Shared.state = HttpStreamShared::State::kFlowing;
         m_Shared.changed.NotifyAll();
@@ -189,6 +196,7 @@ HttpTransferClient::Take HttpStreamReader::OnBytes(const uint8_t* data, size_t l
 {
     const std::lock_guard lock(m_Shared.mutex);
     m_LastByte = Clock::now();
+    m_bReplaced = false;
     HttpStreamWindow& window = m_Shared.window;
     if (m_nBodyAt > window.End()) {
         return Take::kStop;    // the reading side has gone back; its order is about to be taken
@@ -227,8 +235,10 @@ void HttpStreamReader::Finish(const HttpTransfer::Result& result)
         Complete();
     } else if (m_bProbe) {
         End();
-    } else if (opening || result.kind == Kind::kSilent || result.kind == Kind::kImpossible) {
+    } else if (opening || result.kind == Kind::kImpossible) {
         Fail(result.text);
+    } else if (result.kind == Kind::kSilent) {
+        EndSilence(result.text);
     } else {
         TryAgain(result.text);
     }
@@ -312,6 +322,23 @@ void HttpStreamReader::TryAgain(const std::string& text)
         return;
     }
     m_AskAt = Clock::now() + kPauses[static_cast<size_t>(m_nTries++)];
+}
+
+// A connection can die unnoticed (a router that forgot it, a change of network). Where the rest can be asked
+// for, that is tried in the second half of the time that the server has.
+void HttpStreamReader::EndSilence(const std::string& text)
+{
+    bool ranges = false;
+    {
+        const std::lock_guard lock(m_Shared.mutex);
+        ranges = m_Shared.rangesWork;
+    }
+    if (m_bAnswered && !m_bReplaced && ranges) {
+        m_bReplaced = true;
+        AskAgain(m_Validator);
+    } else {
+        Fail(text);
+    }
 }
 
 void HttpStreamReader::End()

@@ -3,7 +3,8 @@
 //
 // Units:     positions are bytes of the resource.
 // Errors:    in HttpStreamShared::state and error. A connection that breaks is taken up again at the same
-//            byte, a bounded number of times; a silent server is given up.
+//            byte, a bounded number of times. One that falls silent is replaced once after half the time, as
+//            it may have died unnoticed; a server that is silent for the whole time is given up.
 // Threads:   made, woken and destroyed by the reading side. Destruction is immediate, whatever is under way.
 // Ownership: the shared part outlives it.
 #pragma once
@@ -15,6 +16,11 @@
 #include "host/network/HttpStreamTransfer.h"
 
 namespace host {
+
+struct HttpTimeouts {
+    Clock::duration connect {};
+    Clock::duration silence {};
+};
 
 class HttpStreamReader final : private HttpTransferClient {
 public:
@@ -39,6 +45,7 @@ private:
     void FinishJudged(const std::string& text);
     void Complete();
     void TryAgain(const std::string& text);
+    void EndSilence(const std::string& text);
     void End();
     void Fail(const std::string& text);
     void NoteSize(const HttpJudgement& judgement);
@@ -62,6 +69,7 @@ private:
     uint64_t m_nBodyAt = 0;           // position of the next byte that the server sends
     uint64_t m_nEndAtTry = 0;         // the window's end when the request was sent
     int m_nTries = 0;                 // in a row without a new byte
+    bool m_bReplaced = false;         // the connection, for its silence; until the next byte
     Clock::time_point m_LastByte;
     Clock::time_point m_AskAt = Clock::time_point::max();    // when to try again
 

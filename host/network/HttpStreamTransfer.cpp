@@ -89,9 +89,8 @@ int LimitSocket(void*, curl_socket_t socket, curlsocktype)
 
 class HttpTransfer::Impl {
 public:
-    Impl(std::string url, HttpTimeouts timeouts, HttpTransferClient& client)
-        : m_Timeouts(timeouts)
-        , m_Client(client)
+    Impl(const std::string& url, HttpTransferClient& client)
+        : m_Client(client)
     {
         if (InitCurl()) {
             m_Url = WireUrl(url);
@@ -101,9 +100,10 @@ public:
     }
     ~Impl() { Stop(); }
 
-    bool Start(const HttpRequest& request);
+    bool Start(const HttpRequest& request, const HttpPatience& patience);
     void Stop();
     void Resume();
+    void SetBodyPatience(Clock::duration silence) { m_Patience.body = silence; }
     bool IsRunning() const { return m_bRunning; }
     std::optional<Result> Perform();
     void Wait(int wakeFd, Clock::time_point until);
@@ -129,13 +129,13 @@ private:
         return CURL_PREREQFUNC_OK;
     }
 
-    const HttpTimeouts m_Timeouts;
     HttpTransferClient& m_Client;
     std::string m_Url;
     std::unique_ptr<CURLM, FreeMulti> m_Multi;
     std::unique_ptr<CURL, FreeEasy> m_Easy;    // gone before the multi handle
     std::unique_ptr<curl_slist, FreeList> m_Headers;
     char m_ErrorText[CURL_ERROR_SIZE] = {};
+    HttpPatience m_Patience;
     HttpAnswer m_Answer;
     size_t m_nHeaderBytes = 0;
     Phase m_Phase = Phase::kConnecting;
@@ -162,7 +162,7 @@ void HttpTransfer::Impl::SetOptions(const HttpRequest& request)
     curl_easy_setopt(easy, CURLOPT_TCP_KEEPALIVE, 1L);
     curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, kReceiveChunk);
     curl_easy_setopt(easy, CURLOPT_SOCKOPTFUNCTION, LimitSocket);
-    const auto connectMs = std::chrono::duration_cast<std::chrono::milliseconds>(m_Timeouts.connect).count();
+    const auto connectMs = std::chrono::duration_cast<std::chrono::milliseconds>(m_Patience.connect).count();
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(std::max<int64_t>(1, connectMs)));
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, m_ErrorText);
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, HeaderCallback);
@@ -184,9 +184,10 @@ void HttpTransfer::Impl::SetOptions(const HttpRequest& request)
     m_Headers.reset(headers);
 }
 
-bool HttpTransfer::Impl::Start(const HttpRequest& request)
+bool HttpTransfer::Impl::Start(const HttpRequest& request, const HttpPatience& patience)
 {
     Stop();
+    m_Patience = patience;
     if (m_Multi == nullptr || m_Easy == nullptr || m_Url.empty()) {
         return false;
     }
@@ -260,16 +261,16 @@ Clock::time_point HttpTransfer::Impl::Deadline() const
     if (!m_bRunning || m_bPaused) {
         return Clock::time_point::max();
     }
-    const Clock::time_point headers = m_Started + m_Timeouts.connect + m_Timeouts.silence;
+    const Clock::time_point headers = std::min(m_Started + m_Patience.connect + m_Patience.headers, m_Patience.answerBy);
     switch (m_Phase) {
     case Phase::kConnecting:
         return headers;    // the library minds the connection's own time
     case Phase::kHeaders:
-        return std::min(headers, m_LastSign + m_Timeouts.silence);
+        return std::min(headers, m_LastSign + m_Patience.headers);
     case Phase::kBody:
         break;
     }
-    return m_LastSign + m_Timeouts.silence;
+    return m_LastSign + m_Patience.body;
 }
 
 std::optional<HttpTransfer::Result> HttpTransfer::Impl::Perform()
@@ -308,16 +309,21 @@ void HttpTransfer::Impl::Wait(int wakeFd, Clock::time_point until)
     }
 }
 
-HttpTransfer::HttpTransfer(std::string url, HttpTimeouts timeouts, HttpTransferClient& client)
-    : m_pImpl(std::make_unique<Impl>(std::move(url), timeouts, client))
+HttpTransfer::HttpTransfer(const std::string& url, HttpTransferClient& client)
+    : m_pImpl(std::make_unique<Impl>(url, client))
 {
 }
 
 HttpTransfer::~HttpTransfer() = default;
 
-bool HttpTransfer::Start(const HttpRequest& request)
+bool HttpTransfer::Start(const HttpRequest& request, const HttpPatience& patience)
 {
-    return m_pImpl->Start(request);
+    return m_pImpl->Start(request, patience);
+}
+
+void HttpTransfer::SetBodyPatience(Clock::duration silence)
+{
+    m_pImpl->SetBodyPatience(silence);
 }
 
 void HttpTransfer::Stop()

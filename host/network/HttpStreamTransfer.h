@@ -1,8 +1,7 @@
 // One request to a server and its answer, on libcurl. Only http is spoken, also after a redirection.
 //
 // Units:     times are host::Clock.
-// Errors:    a Result with a text for diagnostics. Time-outs: `connect` until the connection stands,
-//            `silence` between two signs of life, both together until the headers are complete.
+// Errors:    a Result with a text for diagnostics. Time-outs: see HttpPatience.
 // Threads:   the thread that made it. Nothing blocks but Wait.
 // Ownership: owns its connections; the client outlives it.
 #pragma once
@@ -16,9 +15,11 @@
 
 namespace host {
 
-struct HttpTimeouts {
-    Clock::duration connect {};
-    Clock::duration silence {};
+struct HttpPatience {
+    Clock::duration connect {};     // until a connection stands
+    Clock::duration headers {};     // longest silence before and within the headers; these end within connect + headers
+    Clock::duration body {};        // longest silence afterwards, while the client takes bytes
+    Clock::time_point answerBy = Clock::time_point::max();    // when the headers have to be complete at the latest
 };
 
 class HttpTransferClient {
@@ -44,12 +45,13 @@ public:
         std::string text;
     };
 
-    HttpTransfer(std::string url, HttpTimeouts timeouts, HttpTransferClient& client);
+    HttpTransfer(const std::string& url, HttpTransferClient& client);
     ~HttpTransfer();
     HttpTransfer(const HttpTransfer&) = delete;
     HttpTransfer& operator=(const HttpTransfer&) = delete;
 
-    bool Start(const HttpRequest& request);    // false: no memory or no usable URL
+    bool Start(const HttpRequest& request, const HttpPatience& patience);    // false: no memory or no usable URL
+    void SetBodyPatience(Clock::duration silence);    // of the transfer under way
     void Stop();                               // closes the connection of an answer under way
     void Resume();
     bool IsRunning() const;

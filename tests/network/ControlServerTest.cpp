@@ -1,6 +1,8 @@
 // External control as its clients see it: real sockets, and a user-interface thread that carries out.
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +15,7 @@
 #include "host/base/HostOptions.h"
 #include "host/network/ControlClient.h"
 #include "host/network/ControlServer.h"
+#include "host/network/ControlWords.h"
 #include "tests/network/CascadeInputRecorder.h"
 #include "tests/network/UiThread.h"
 
@@ -272,6 +275,21 @@ TEST_F(ControlServerTest, KeysHelpAndStatistics)
         << stats;
     EXPECT_TRUE(stats.ends_with("}"));
     m_Ui.Do([] { host::Hooks() = host::HostHooks(); });
+}
+
+TEST(ControlWords, AreThoseOfTheirPage)
+{
+    std::ifstream file(NUVID_SOURCE "/docs/control.md");
+    const std::string page {std::istreambuf_iterator<char>(file), {}};
+    for (const host::ControlHostWord& word : host::kHostWords) {
+        std::string row = "| `Cascade " + std::string(word.name) + (word.argument.empty() ? "" : " NAME\\|0xCODE") + "` |";
+        EXPECT_NE(page.find(row), std::string::npos) << row;
+    }
+    for (const host::ControlKeyName& key : host::kControlKeys) {
+        char row[64];
+        std::snprintf(row, sizeof(row), "| `%s` | 0x%X |", std::string(key.name).c_str(), static_cast<unsigned>(key.key));
+        EXPECT_NE(page.find(row), std::string::npos) << row;
+    }
 }
 
 TEST(ControlAddress, IsANumberOfThisDeviceOnly)
