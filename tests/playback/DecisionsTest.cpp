@@ -38,7 +38,8 @@ TEST(StreamChoice, Audio)
         bool ac3;
         uint32_t ssid;
     };
-    for (const Case& c : {Case{0x81, 0xBD, true, 0x81}, {0xA0, 0xBD, false, 0xA0}, {0x88, 0xBD, true, 0x88}, {0xC0, 0xC0, false, 0}, {0xC1, 0xBD, false, 0xC1}}) {
+    for (const Case& c :
+        {Case {0x81, 0xBD, true, 0x81}, {0xA0, 0xBD, false, 0xA0}, {0x88, 0xBD, true, 0x88}, {0xC0, 0xC0, false, 0}, {0xC1, 0xBD, false, 0xC1}}) {
         const AudioChoice choice = ChooseDVDAudio(c.id);
         EXPECT_EQ(choice.nAudioPID, c.pid);
         EXPECT_EQ(choice.bAC3Audio, c.ac3) << unsigned {c.id};

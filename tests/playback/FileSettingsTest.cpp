@@ -76,15 +76,17 @@ TEST(FileSettingsTest, EveryPrefixIsASubset)
         EXPECT_EQ(IsFileSettings(prefix), length >= 12);
         EXPECT_LE(settings.chapters.Size(), 2);
         EXPECT_LE(settings.bookmarks.Size(), 2);
-        EXPECT_EQ(ParseFileSettings(FormatFileSettings(settings.chapters, settings.bookmarks, settings.state)).chapters.Size(), settings.chapters.Size());
+        EXPECT_EQ(
+            ParseFileSettings(FormatFileSettings(settings.chapters, settings.bookmarks, settings.state)).chapters.Size(), settings.chapters.Size());
     }
 }
 
 TEST(FileSettingsTest, IgnoresWhatItDoesNotUnderstand)
 {
     EXPECT_EQ(ParseFileSettings("#Nuvid File, mine\nz 3\n").state.zoomMode, 0);
-    const std::string hostile = "#Nuvid File. whatever\r\n\r\n\n@\nb\nb@\nb @\nc noposition\nq 5\nz\nz \na -1\r\nv 99999999999999999999\n" + ("b " + std::string(400, 'n') + "@7\n")
-        + "r a@b@\r\nc x@-99999999999999999999\nc y@ +12 3\n" + std::string("b nul\0@5\n", 9) + "z -99999999999999999999";
+    const std::string hostile = "#Nuvid File. whatever\r\n\r\n\n@\nb\nb@\nb @\nc noposition\nq 5\nz\nz \na -1\r\nv 99999999999999999999\n"
+        + ("b " + std::string(400, 'n') + "@7\n") + "r a@b@\r\nc x@-99999999999999999999\nc y@ +12 3\n" + std::string("b nul\0@5\n", 9)
+        + "z -99999999999999999999";
     const FileSettings settings = ParseFileSettings(hostile);
     EXPECT_EQ(settings.state.zoomMode, INT_MIN);
     EXPECT_EQ(settings.state.videoRes, INT_MAX);

@@ -51,7 +51,8 @@ TEST_F(MDecoderTest, OpensPlaysAndCloses)
     EXPECT_EQ(TestDecoder::Calls(),
         (Calls {kOpenCall, "SetOutputAndScaleRects(0,0,720,480,0,0,720,480)", "SelectPIDs(1,224,224,192,0,0)", "ResumeStreaming(1)"}));
     EXPECT_NE(printed.find("About to open " + m_Folder / "clip1.mpg" + "\n"), std::string::npos);
-    EXPECT_NE(printed.find(" is an MPEG2 program stream\nVideo stream reported size: 720 x 576\nProgram: 1/1\nVideo: 1/1\nAudio: 1/1\nSelectPIDs(\n"), std::string::npos);
+    EXPECT_NE(printed.find(" is an MPEG2 program stream\nVideo stream reported size: 720 x 576\nProgram: 1/1\nVideo: 1/1\nAudio: 1/1\nSelectPIDs(\n"),
+        std::string::npos);
     EXPECT_EQ(m_pEngine->GetState(), 1);
     EXPECT_TRUE(m_pEngine->IsVideoRunning());
     EXPECT_EQ(m_pEngine->GetBitrate(), 5120000);
@@ -227,8 +228,8 @@ TEST_F(MDecoderTest, SwitchesTheResolutionInPlace)
     EXPECT_TRUE(m_pEngine->SwitchToVideoRes(1));
     EXPECT_EQ(TestPlatform::ResolutionChanges(), std::vector<unsigned> {2});
     EXPECT_EQ(TestDecoder::Calls(),
-        (Calls {"PauseStreaming()", "Close()", "Close()", kOpenCall, "SetOutputAndScaleRects(0,0,1920,1080,0,0,1920,1080)", "SelectPIDs(1,224,224,192,0,0)",
-            "ResumeStreaming(1)"}));
+        (Calls {"PauseStreaming()", "Close()", "Close()", kOpenCall, "SetOutputAndScaleRects(0,0,1920,1080,0,0,1920,1080)",
+            "SelectPIDs(1,224,224,192,0,0)", "ResumeStreaming(1)"}));
     EXPECT_EQ(m_pEngine->GetZoomMode(), 1);
     EXPECT_TRUE(TestDecoder::Pull() == Pattern(400000, 1).substr(192512, 192512));
     EXPECT_EQ(TestDecoder::Pull(), "");    // a new feeder goes through the ring once

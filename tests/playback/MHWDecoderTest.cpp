@@ -302,9 +302,9 @@ TEST_F(JumpTest, CrossesFilesInBothDirections)
         {false, -5001, "clip1.mpg@9999"},
         {false, -15000, "clip1.mpg@0"},
         {false, -2000000000, "clip1.mpg@0"},
-        {true, 3000, "clip2.mpg@6144"},      // 5000 + 2048, rounded down
-        {true, -3000, "clip2.mpg@2048"},     // towards zero first: 5000 - 2048 = 2952
-        {true, -7000, "clip1.mpg@8192"},     // 5000 - 6144 = -1144, 8856 in the file before
+        {true, 3000, "clip2.mpg@6144"},    // 5000 + 2048, rounded down
+        {true, -3000, "clip2.mpg@2048"},    // towards zero first: 5000 - 2048 = 2952
+        {true, -7000, "clip1.mpg@8192"},    // 5000 - 6144 = -1144, 8856 in the file before
         {true, 100000000, "clip3.mpg@999424"},
     };
     for (const Case& c : kCases) {
@@ -338,7 +338,8 @@ TEST_F(JumpTest, AFailedSeekReopensTheFile)
     testing::internal::CaptureStdout();
     EXPECT_EQ(Jump(50000), "clip1.mpg@55000");
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-        "Using stat for file size: CurFileSize = 90000\nTry 0: Seek failed!\nTrying reopening the file\nUsing stat for file size: CurFileSize = 90000\n");
+        "Using stat for file size: CurFileSize = 90000\nTry 0: Seek failed!\nTrying reopening the file\nUsing stat for file size: CurFileSize = "
+        "90000\n");
     std::filesystem::remove(m_Folder / "clip1.mpg");
     EXPECT_EQ(Jump(1000), "clip1.mpg@56000");    // open still: the disk's name is gone, the bytes are not
 }

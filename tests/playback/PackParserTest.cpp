@@ -59,7 +59,16 @@ class Stream {
 public:
     Stream& Pack(uint64_t clock, int stuffing = 0)    // 2.5.3.3
     {
-        Bits(m_Bytes, m_Bytes.size()).Put(0x000001BA, 32).Put(1, 2).PutStamp(clock).Put(299, 9).Put(1, 1).Put(12345, 22).Put(3, 2).Put(31, 5).Put(static_cast<uint64_t>(stuffing), 3);
+        Bits(m_Bytes, m_Bytes.size())
+            .Put(0x000001BA, 32)
+            .Put(1, 2)
+            .PutStamp(clock)
+            .Put(299, 9)
+            .Put(1, 1)
+            .Put(12345, 22)
+            .Put(3, 2)
+            .Put(31, 5)
+            .Put(static_cast<uint64_t>(stuffing), 3);
         m_Bytes.insert(m_Bytes.end(), static_cast<size_t>(stuffing), 0xFF);
         return *this;
     }
@@ -250,7 +259,8 @@ TEST_F(PackParserTest, StaysInsideWhateverItIsGiven)
     stream.Pack(900000, 7).SystemHeader(4).Packet(0xE0, 903000, 901000, 9).Pack(10).Packet(0xBD, 905000, {}, 3).Packet(0xF0).SystemHeader(1);
     testing::internal::CaptureStdout();
     for (size_t length = 0; length <= stream.Size(); ++length) {
-        Bytes prefix(stream.m_Bytes.begin(), stream.m_Bytes.begin() + static_cast<std::ptrdiff_t>(length));    // of that very size: a sanitizer sees each step over it
+        Bytes prefix(stream.m_Bytes.begin(),
+            stream.m_Bytes.begin() + static_cast<std::ptrdiff_t>(length));    // of that very size: a sanitizer sees each step over it
         m_Parser.Reset();
         m_Parser.Parse(prefix.data(), static_cast<int>(length), m_Owner);
         for (size_t i = 0; i < length; ++i) {
