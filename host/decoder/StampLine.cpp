@@ -73,7 +73,7 @@ int64_t StampLine::OpenDoubtful(Kind kind, int64_t ticks)
     Track& track = m_Tracks[kind];
     const unsigned before = track.segment;
     ++m_nNewest;
-    m_Doubts[m_nNewest % m_Doubts.size()] = {true, kind, m_nNewest, before, track.last + kProof};
+    DoubtOf(m_nNewest) = {true, kind, m_nNewest, before, track.last + kProof};
     m_Verdicts.push_back({SegmentVerdict::kDoubt, m_nNewest, before});
     track.segment = m_nNewest;
     track.ignoredStep = false;
@@ -120,9 +120,19 @@ int64_t StampLine::PlaceUnjudged(Kind kind, int64_t raw, bool exact)
     Track& track = m_Tracks[kind];
     const Track& other = m_Tracks[1 - kind];
     if (!track.known && other.known && !other.mustMove && std::llabs(StampDifference(raw, other.last)) <= 20 * kSecond) {
+        const int64_t ticks = other.last + StampDifference(raw, other.last);
         track.segment = other.segment;
         track.clock = other.clock;
-        return Keep(track, other.last + StampDifference(raw, other.last));
+        for (const Doubt* doubt = &DoubtOf(track.segment); doubt->open && doubt->segment == track.segment && ticks <= doubt->limit; doubt = &DoubtOf(track.segment)) {
+            track.segment = doubt->before;
+        }
+        for (Doubt& doubt : m_Doubts) {    // a stream that only begins here has not jumped
+            if (doubt.open && doubt.segment <= track.segment) {
+                m_Verdicts.push_back({SegmentVerdict::kHole, doubt.segment, doubt.before});
+                doubt.open = false;
+            }
+        }
+        return Keep(track, ticks);
     }
     if (!track.known || track.mustMove) {
         return JoinNewer(track, raw) ? Keep(track, track.last) : OpenNew(track, raw);
@@ -147,7 +157,7 @@ int64_t StampLine::PlaceUnjudged(Kind kind, int64_t raw, bool exact)
         track.ignoredStep = true;
         return Keep(track, track.last + step);
     }
-    if (forward && sameClock && step <= kLongestHole) {
+    if (forward && (sameClock || !other.known) && step <= kLongestHole) {
         return OpenDoubtful(kind, track.last + step);
     }
     return OpenNew(track, raw);

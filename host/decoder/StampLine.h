@@ -88,6 +88,8 @@ private:
     int64_t PlaceUnjudged(Kind kind, int64_t raw, bool exact);
     Segment& Slot(unsigned number) { return m_Segments[number % m_Segments.size()]; }
 
+    Doubt& DoubtOf(unsigned number) { return m_Doubts[number % m_Doubts.size()]; }
+
     std::array<Track, 2> m_Tracks;
     std::array<Segment, 8> m_Segments;
     std::array<Doubt, 8> m_Doubts;
