@@ -127,7 +127,8 @@ class Player:
         with self._lock:
             try:
                 if self._link is None:
-                    self._link = socket.create_connection(("127.0.0.1", self.port), timeout=seconds * SLOW).makefile("rwb", buffering=0)
+                    with socket.create_connection(("127.0.0.1", self.port), timeout=seconds * SLOW) as connection:
+                        self._link = connection.makefile("rwb", buffering=0)    # holds the connection open
                 self._link.write(line.encode() + b"\n")
                 reply = self._link.readline()
             except OSError as error:
@@ -170,6 +171,10 @@ class Player:
     def kill(self):
         self.process.kill()
         self.process.wait()
+        self._reader.join(10)
+        self.process.stdout.close()
+        if self._link is not None:
+            self._link.close()
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def close(self):

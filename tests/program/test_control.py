@@ -9,7 +9,8 @@ from nuvid import SLOW, Player, Shelf, wait_for
 
 class Transport(unittest.TestCase):
     def test_pause_holds_the_picture_and_play_goes_on(self):
-        with Shelf("mpeg2_mp2.mpg") as shelf, Player("-noresume", shelf.path("mpeg2_mp2.mpg")) as player:
+        # A film that is not yet read to its end: paused behind that it counts as stopped.
+        with Shelf("parts_long_whole.mpg") as shelf, Player("-noresume", shelf.path("parts_long_whole.mpg")) as player:
             player.wait_stats(lambda s: s["frames_shown"] > 25)
             self.assertEqual(player.cmd("Nuvid status"), "Playing")
             self.assertEqual(player.cmd("nuvid PAUSE"), "OK")
@@ -28,17 +29,17 @@ class Transport(unittest.TestCase):
     def test_skips_cross_the_files_of_a_recording(self):
         with Shelf("parts_long") as shelf, Player("-noresume", shelf.path("parts_long/show_1.mpg")) as player:
             def skip(command, name):
-                seen = player.stats()["frames_shown"]
+                seen = player.stats()["total_frames_shown"]
                 # A request is dropped while an earlier one settles: asked again until it is taken.
                 taken = player.count("To Skip:")
                 wait_for(lambda: player.cmd(command) and player.count("To Skip:") > taken, 5, command)
                 wait_for(lambda: player.cmd("Nuvid currentfilename").endswith(name), 5, f"{command} reaches {name}")
-                stats = player.wait_stats(lambda s: s["frames_shown"] > seen + 5, what=f"pictures after {command}")
+                stats = player.wait_stats(lambda s: s["total_frames_shown"] > seen + 5, what=f"pictures after {command}")
                 return stats["last_seek_ms"]
 
             player.wait_stats(lambda s: s["frames_shown"] > 10)
             self.assertIn("show_1.mpg", player.cmd("Nuvid currentfilename"))
-            took = [skip("Nuvid forward 8", "show_2.mpg"), skip("Nuvid back 4", "show_1.mpg"), skip("Nuvid forward 1000", "show_3.mpg"),
+            took = [skip("Nuvid forward 6", "show_2.mpg"), skip("Nuvid back 4", "show_1.mpg"), skip("Nuvid forward 1000", "show_3.mpg"),
                     skip("Nuvid back 1000", "show_1.mpg")]
             self.assertLess(max(took), 500 * SLOW, took)
             progress = int(player.cmd("Nuvid totalfileprogress"))
@@ -103,7 +104,7 @@ class Screen(unittest.TestCase):
             self.assertEqual(data[:8], b"\x89PNG\r\n\x1a\n")
             self.assertEqual(struct.unpack(">II", data[16:24]), (1280, 720))
             self.assertEqual(data[-8:-4], b"IEND")
-            self.assertGreater(len(data), 20000, "the test picture is colourful")
+            self.assertGreater(len(data), 10000, "the test picture is colourful")
 
     def test_statistics_name_what_is_playing(self):
         with Shelf("mpeg2_ac3x2.vob") as shelf, Player("-noresume", shelf.path("mpeg2_ac3x2.vob")) as player:
