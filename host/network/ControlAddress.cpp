@@ -32,7 +32,8 @@ ControlAddress ParseControlAddress(const std::string& text)
     if (inet == nullptr) {
         address.error = "\"" + address.host + "\" is not a numeric address";
     } else if (!g_inet_address_get_is_loopback(inet.get())) {
-        address.error = address.host + " can be reached from other devices. As long as devices cannot be paired only this one's own address (127.0.0.1, ::1) is served";
+        address.error = address.host
+            + " can be reached from other devices. As long as devices cannot be paired only this one's own address (127.0.0.1, ::1) is served";
     }
     return address;
 }

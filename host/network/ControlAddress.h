@@ -10,9 +10,9 @@
 namespace host {
 
 struct ControlAddress {
-    std::string host;      // numeric
-    uint16_t port = 0;     // 0: a free one
-    std::string error;     // not empty: why there is no address
+    std::string host;    // numeric
+    uint16_t port = 0;    // 0: a free one
+    std::string error;    // not empty: why there is no address
 };
 
 ControlAddress ParseControlAddress(const std::string& text);

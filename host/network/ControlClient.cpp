@@ -55,7 +55,8 @@ void ControlClient::Watch()
         return;
     }
     m_pSource = g_socket_create_source(m_pSocket, m_Watched, nullptr);
-    const GSocketSourceFunc onSocket = [](GSocket*, GIOCondition condition, gpointer self) { return static_cast<ControlClient*>(self)->OnSocket(condition); };
+    const GSocketSourceFunc onSocket
+        = [](GSocket*, GIOCondition condition, gpointer self) { return static_cast<ControlClient*>(self)->OnSocket(condition); };
     g_source_set_callback(m_pSource, reinterpret_cast<GSourceFunc>(reinterpret_cast<void (*)()>(onSocket)), this, nullptr);
     g_source_attach(m_pSource, m_pContext);
 }

@@ -23,7 +23,7 @@ public:
 
     struct Events {
         std::function<void(std::string command)> onCommand;    // answered by Reply, before the next one comes
-        std::function<void()> onOver;                          // the last call; the client may be destroyed afterwards, not within
+        std::function<void()> onOver;    // the last call; the client may be destroyed afterwards, not within
     };
 
     ControlClient(GSocket* socket, GMainContext* context, Events events);    // takes the reference
@@ -32,7 +32,7 @@ public:
     ControlClient& operator=(const ControlClient&) = delete;
 
     void Reply(const std::string& reply);    // to the command under way
-    void Dismiss();                          // a command under way stays unanswered; over as soon as everything is sent
+    void Dismiss();    // a command under way stays unanswered; over as soon as everything is sent
     bool IsOver() const { return m_bOver; }
 
 private:
@@ -53,7 +53,7 @@ private:
     ControlLineCutter m_Cutter;
     std::string m_Unsent;
     bool m_bFirstLine = true;
-    bool m_bBusy = false;        // a command is under way
+    bool m_bBusy = false;    // a command is under way
     bool m_bInputOver = false;
     bool m_bOver = false;
 };

@@ -55,7 +55,8 @@ std::optional<unsigned long> KeyOf(std::string_view argument)
         const auto [stop, error] = std::from_chars(word.data() + 2, end, code, 16);
         return error == std::errc() && stop == end && code != 0 ? std::optional<unsigned long>(code) : std::nullopt;
     }
-    const auto* const row = std::find_if(std::begin(kControlKeys), std::end(kControlKeys), [&word](const ControlKeyName& key) { return key.name == word; });
+    const auto* const row
+        = std::find_if(std::begin(kControlKeys), std::end(kControlKeys), [&word](const ControlKeyName& key) { return key.name == word; });
     return row == std::end(kControlKeys) ? std::nullopt : std::optional<unsigned long>(row->key);
 }
 

@@ -53,7 +53,8 @@ std::string CleanReply(std::string reply)
     if (reply.size() > kLongestReply) {
         reply.resize(kLongestReply);
     }
-    std::replace_if(reply.begin(), reply.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, ' ');
+    std::replace_if(
+        reply.begin(), reply.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }, ' ');
     const std::unique_ptr<char, decltype(&g_free)> valid(g_utf8_make_valid(reply.data(), static_cast<gssize>(reply.size())), &g_free);
     return valid.get();
 }

@@ -22,8 +22,8 @@ public:
     Next Take(std::string& line);
 
 private:
-    std::string m_Bytes;      // not yet taken
-    bool m_bDropping = false; // inside a line that is too long
+    std::string m_Bytes;    // not yet taken
+    bool m_bDropping = false;    // inside a line that is too long
 };
 
 // A command as it may be handed on: UTF-8 and no NUL.

@@ -45,7 +45,7 @@ private:
     std::unique_ptr<HttpStreamShared> m_Shared;
     std::unique_ptr<host::HttpStreamReader> m_Reader;    // gone before what it shares
     uint64_t m_nProbedEnd = UINT64_MAX;    // the end that was asked about last
-    Clock::time_point m_NextProbe;         // when it may be asked about again
+    Clock::time_point m_NextProbe;    // when it may be asked about again
 };
 
 bool CascadeHTTPStream::Impl::Open(const char* url, std::string& error)

@@ -40,7 +40,8 @@ std::optional<uint64_t> Number(std::string_view text)
 std::string Printable(std::string_view text)
 {
     std::string result(text.substr(0, kLongestText));
-    std::replace_if(result.begin(), result.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+    std::replace_if(
+        result.begin(), result.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
     return result;
 }
 
@@ -57,7 +58,11 @@ void TakeContentRange(std::string_view value, HttpAnswer& answer)
         return;
     }
     const std::string_view range = Trimmed(value.substr(0, slash));
-    const std::optional<uint64_t> size = Number(Trimmed(value.substr(slash + 1)));
+    const std::string_view sizeText = Trimmed(value.substr(slash + 1));
+    const std::optional<uint64_t> size = Number(sizeText);
+    if (!size && sizeText != "*") {
+        return;
+    }
     if (range == "*") {
         answer.resourceSize = size;
         return;

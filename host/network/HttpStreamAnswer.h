@@ -15,10 +15,10 @@ namespace host {
 
 struct HttpAnswer {
     int status = 0;
-    std::string reason;                          // printable, shortened
-    std::optional<uint64_t> contentLength;       // of this answer's body; none when chunked
-    std::optional<uint64_t> rangeFirst;          // RFC 9110 14.4 Content-Range
-    std::optional<uint64_t> resourceSize;        // its complete length, also of "bytes */N"
+    std::string reason;    // printable, shortened
+    std::optional<uint64_t> contentLength;    // of this answer's body; none when chunked
+    std::optional<uint64_t> rangeFirst;    // RFC 9110 14.4 Content-Range
+    std::optional<uint64_t> resourceSize;    // its complete length, also of "bytes */N"
     bool chunked = false;
     bool acceptsRanges = false;
     bool hasLocation = false;
@@ -39,19 +39,19 @@ struct HttpRequest {
 };
 
 enum class HttpVerdict {
-    kTake,                   // the body is good and begins at `start`
-    kRestartWhole,           // this server's ranges are of no use: ask for everything and discard
-    kAskUnconditionally,     // the resource was changed and is not smaller: ask for the range all the same
-    kEnd,                    // there is nothing at that position
-    kTryAgain,               // the server cannot now
-    kRefuse                  // no
+    kTake,    // the body is good and begins at `start`
+    kRestartWhole,    // this server's ranges are of no use: ask for everything and discard
+    kAskUnconditionally,    // the resource was changed and is not smaller: ask for the range all the same
+    kEnd,    // there is nothing at that position
+    kTryAgain,    // the server cannot now
+    kRefuse    // no
 };
 
 struct HttpJudgement {
     HttpVerdict verdict = HttpVerdict::kTake;
     uint64_t start = 0;
     std::optional<uint64_t> size;    // of the resource, as stated
-    std::string text;                // for kTryAgain and kRefuse
+    std::string text;    // for kTryAgain and kRefuse
 };
 
 HttpJudgement JudgeHttpAnswer(const HttpRequest& request, const HttpAnswer& answer, std::optional<uint64_t> knownSize);

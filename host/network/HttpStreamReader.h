@@ -57,19 +57,19 @@ private:
 
     // The thread's own from here on.
     HttpTransfer* m_pTransfer = nullptr;
-    uint64_t m_nOrder = 0;            // the one being carried out
+    uint64_t m_nOrder = 0;    // the one being carried out
     bool m_bProbe = false;
-    bool m_bRangesFail = false;       // this server's ranges are of no use
-    bool m_bGrown = false;            // the resource has grown since it was opened
+    bool m_bRangesFail = false;    // this server's ranges are of no use
+    bool m_bGrown = false;    // the resource has grown since it was opened
     int m_nProbes = 0;
     HttpRequest m_Request;
     bool m_bAnswered = false;
     HttpJudgement m_Judgement;
-    std::string m_Validator;          // of the resource as last answered
-    uint64_t m_nBodyAt = 0;           // position of the next byte that the server sends
-    uint64_t m_nEndAtTry = 0;         // the window's end when the request was sent
-    int m_nTries = 0;                 // in a row without a new byte
-    bool m_bReplaced = false;         // the connection, for its silence; until the next byte
+    std::string m_Validator;    // of the resource as last answered
+    uint64_t m_nBodyAt = 0;    // position of the next byte that the server sends
+    uint64_t m_nEndAtTry = 0;    // the window's end when the request was sent
+    int m_nTries = 0;    // in a row without a new byte
+    bool m_bReplaced = false;    // the connection, for its silence; until the next byte
     Clock::time_point m_LastByte;
     Clock::time_point m_AskAt = Clock::time_point::max();    // when to try again
 

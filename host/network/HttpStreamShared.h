@@ -19,8 +19,8 @@ struct HttpStreamShared {
     enum class State {
         kOpening,    // no final answer yet
         kFlowing,    // bytes come, or are being asked for
-        kEnded,      // the window's end is the resource's end
-        kFailed      // nothing comes any more; `error` says why
+        kEnded,    // the window's end is the resource's end
+        kFailed    // nothing comes any more; `error` says why
     };
 
     std::mutex mutex;
@@ -30,7 +30,7 @@ struct HttpStreamShared {
     uint64_t order = 0;
     bool orderIsProbe = false;    // only look whether the resource has grown beyond its end
     bool abort = false;
-    bool mayFlow = true;          // false: the window is full and the transfer rests
+    bool mayFlow = true;    // false: the window is full and the transfer rests
     uint64_t wantedEnd = UINT64_MAX;
     uint64_t readPosition = 0;
 
@@ -38,8 +38,8 @@ struct HttpStreamShared {
     std::string error;
     HttpStreamWindow window;
     std::optional<uint64_t> size;
-    bool sizeStated = false;       // by the server, not found out by reaching the end
-    bool rangesWork = false;       // as far as is known
+    bool sizeStated = false;    // by the server, not found out by reaching the end
+    bool rangesWork = false;    // as far as is known
 };
 
 }    // namespace host

@@ -16,9 +16,9 @@
 namespace host {
 
 struct HttpPatience {
-    Clock::duration connect {};     // until a connection stands
-    Clock::duration headers {};     // longest silence before and within the headers; these end within connect + headers
-    Clock::duration body {};        // longest silence afterwards, while the client takes bytes
+    Clock::duration connect {};    // until a connection stands
+    Clock::duration headers {};    // longest silence before and within the headers; these end within connect + headers
+    Clock::duration body {};    // longest silence afterwards, while the client takes bytes
     Clock::time_point answerBy = Clock::time_point::max();    // when the headers have to be complete at the latest
 };
 
@@ -37,9 +37,9 @@ public:
     struct Result {
         enum class Kind {
             kComplete,    // the whole answer as the server framed it
-            kDropped,     // the connection could not be had or broke: worth another try
-            kSilent,      // a time-out
-            kImpossible   // not http, too many redirections, nonsense
+            kDropped,    // the connection could not be had or broke: worth another try
+            kSilent,    // a time-out
+            kImpossible    // not http, too many redirections, nonsense
         };
         Kind kind = Kind::kComplete;
         std::string text;
@@ -52,7 +52,7 @@ public:
 
     bool Start(const HttpRequest& request, const HttpPatience& patience);    // false: no memory or no usable URL
     void SetBodyPatience(Clock::duration silence);    // of the transfer under way
-    void Stop();                               // closes the connection of an answer under way
+    void Stop();    // closes the connection of an answer under way
     void Resume();
     bool IsRunning() const;
 

@@ -24,7 +24,7 @@ public:
     NetworkLoop& operator=(const NetworkLoop&) = delete;
 
     bool Start();    // false: out of file descriptors
-    void Stop();     // runs what was posted before, then ends the thread
+    void Stop();    // runs what was posted before, then ends the thread
     void Post(std::function<void()> work);
     GMainContext* Context() const { return m_pContext; }
 
@@ -37,8 +37,8 @@ private:
     int m_nWakeFd = -1;
     std::thread m_Thread;
     std::mutex m_Mutex;
-    bool m_bAccepting = false;                     // guarded by m_Mutex
-    std::vector<std::function<void()>> m_Posted;   // guarded by m_Mutex
+    bool m_bAccepting = false;    // guarded by m_Mutex
+    std::vector<std::function<void()>> m_Posted;    // guarded by m_Mutex
 };
 
 }    // namespace host

@@ -76,7 +76,8 @@ bool StartNetworkServices()
         return false;
     }
     const bool six = address.host.find(':') != std::string::npos;
-    std::printf("External control listens on %s%s%s:%u\n", six ? "[" : "", address.host.c_str(), six ? "]" : "", static_cast<unsigned>(services->control.Port()));
+    std::printf("External control listens on %s%s%s:%u\n", six ? "[" : "", address.host.c_str(), six ? "]" : "",
+        static_cast<unsigned>(services->control.Port()));
     std::fflush(stdout);
     Running() = std::move(services);
     return true;

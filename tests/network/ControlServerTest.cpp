@@ -247,7 +247,8 @@ TEST_F(ControlServerTest, KeysHelpAndStatistics)
     EXPECT_EQ(client.Ask("Cascade key select"), "OK");
     EXPECT_EQ(client.Ask("cascade KEYDOWN 0x1001e"), "OK");
     EXPECT_EQ(client.Ask("Cascade keyup Previous"), "OK");
-    for (const char* const bad : {"Cascade key", "Cascade key nothing", "Cascade key 0x", "Cascade key 0x0", "Cascade key 0x123456789", "Cascade key up down", "Cascade key 65547"}) {
+    for (const char* const bad : {"Cascade key", "Cascade key nothing", "Cascade key 0x", "Cascade key 0x0", "Cascade key 0x123456789",
+             "Cascade key up down", "Cascade key 65547"}) {
         EXPECT_EQ(client.Ask(bad), "Unknown key") << bad;
     }
     m_Ui.Do([] {
@@ -302,7 +303,8 @@ TEST(ControlAddress, IsANumberOfThisDeviceOnly)
     EXPECT_EQ(parse("localhost:0"), "127.0.0.1 0");
     EXPECT_EQ(parse(":65535"), "127.0.0.1 65535");
     EXPECT_EQ(parse("[::1]:80"), "::1 80");
-    for (const char* const bad : {"", "4747", "127.0.0.1:", "127.0.0.1:65536", "127.0.0.1:-1", "127.0.0.1:80x", "0.0.0.0:4747", "[::]:4747", "192.168.1.2:4747", "example.org:80"}) {
+    for (const char* const bad : {"", "4747", "127.0.0.1:", "127.0.0.1:65536", "127.0.0.1:-1", "127.0.0.1:80x", "0.0.0.0:4747", "[::]:4747",
+             "192.168.1.2:4747", "example.org:80"}) {
         EXPECT_EQ(parse(bad), "error") << bad;
     }
 }

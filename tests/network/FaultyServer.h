@@ -22,7 +22,7 @@ const std::string& Noise();
 struct Asked {
     std::string target;
     std::map<std::string, std::string> headers;    // names in lower case
-    std::optional<uint64_t> from;                  // of the Range header
+    std::optional<uint64_t> from;    // of the Range header
 };
 
 // One connection, for one request.
@@ -33,10 +33,10 @@ public:
         , m_Sent(sent)
     {
     }
-    bool Send(std::string_view bytes);          // false: the other side, or the test, is gone
-    bool HangUntilClosed();                     // answers nothing more; true: the other side closed
-    bool IsTakingMore(int milliseconds);        // whether the other side makes room within that time
-    void Reset();                               // breaks the connection instead of closing it
+    bool Send(std::string_view bytes);    // false: the other side, or the test, is gone
+    bool HangUntilClosed();    // answers nothing more; true: the other side closed
+    bool IsTakingMore(int milliseconds);    // whether the other side makes room within that time
+    void Reset();    // breaks the connection instead of closing it
 
 private:
     int m_Fd;
@@ -67,10 +67,10 @@ private:
     std::atomic<uint64_t> m_Sent {0};
     mutable std::mutex m_Mutex;
     mutable std::condition_variable m_Changed;
-    std::vector<Asked> m_Asks;          // guarded by m_Mutex
-    std::vector<int> m_Fds;             // guarded by m_Mutex; open connections
+    std::vector<Asked> m_Asks;    // guarded by m_Mutex
+    std::vector<int> m_Fds;    // guarded by m_Mutex; open connections
     std::list<std::thread> m_Serving;    // guarded by m_Mutex
-    bool m_bStopping = false;           // guarded by m_Mutex
+    bool m_bStopping = false;    // guarded by m_Mutex
     std::thread m_Accepting;
 };
 

@@ -3,6 +3,7 @@
 
 #include "platform/CascadeHTTPStream.h"
 #include "tests/network/FaultyServer.h"
+#include "tests/network/HttpReading.h"
 #include "tests/network/Nginx.h"
 
 namespace {
@@ -10,13 +11,6 @@ namespace {
 class HttpStreamNginx : public ::testing::Test {
 protected:
     void SetUp() override { ASSERT_TRUE(m_Nginx.IsRunning()) << "nginx is needed for this test"; }
-    std::string Read(size_t length)
-    {
-        std::string buffer(length, '\0');
-        buffer.resize(m_Stream.ReadBytes(length, buffer.data()));
-        return buffer;
-    }
-
     Nginx m_Nginx;
     CascadeHTTPStream m_Stream;
 };
@@ -27,10 +21,10 @@ TEST_F(HttpStreamNginx, BytesAreThoseOfTheFile)
     EXPECT_FALSE(m_Stream.Open(m_Nginx.Url("missing.mpg").c_str()));
     ASSERT_TRUE(m_Stream.Open(m_Nginx.Url("Ein schöner Film.mpg").c_str()));
     EXPECT_EQ(m_Stream.GetSize(), Noise().size());
-    EXPECT_TRUE(Read(Noise().size() + 1) == Noise());
+    EXPECT_TRUE(Read(m_Stream, Noise().size() + 1) == Noise());
     for (const size_t position : {size_t {3}, size_t {9000000}, size_t {192512}, Noise().size() - 1}) {
         ASSERT_TRUE(m_Stream.SeekToPosition(position));
-        EXPECT_TRUE(Read(300000) == Noise().substr(position, 300000)) << position;
+        EXPECT_TRUE(Read(m_Stream, 300000) == Noise().substr(position, 300000)) << position;
     }
     // An upper-case scheme and a name that is already encoded mean the same.
     ASSERT_TRUE(m_Stream.Open(("HTTP" + m_Nginx.Url("Ein%20sch%C3%B6ner%20Film.mpg").substr(4)).c_str()));
@@ -43,11 +37,11 @@ TEST_F(HttpStreamNginx, RecordingUnderWayGoesOnBeyondTheSizeOfItsOpening)
     constexpr size_t kSecond = 2500000;
     m_Nginx.Write("growing.mpg", Noise().substr(0, kFirst));
     ASSERT_TRUE(m_Stream.Open(m_Nginx.Url("growing.mpg").c_str()));
-    EXPECT_EQ(Read(1000).size(), 1000u);
+    EXPECT_EQ(Read(m_Stream, 1000).size(), 1000u);
     m_Nginx.Write("growing.mpg", Noise().substr(kFirst, kSecond - kFirst), true);
-    EXPECT_TRUE(Read(kSecond - 1000) == Noise().substr(1000, kSecond - 1000));
+    EXPECT_TRUE(Read(m_Stream, kSecond - 1000) == Noise().substr(1000, kSecond - 1000));
     EXPECT_EQ(m_Stream.GetPosition(), kSecond);
-    EXPECT_EQ(Read(10), "");
+    EXPECT_EQ(Read(m_Stream, 10), "");
 }
 
 TEST_F(HttpStreamNginx, EmptyFileIsAStreamThatEndsAtOnce)
@@ -55,7 +49,7 @@ TEST_F(HttpStreamNginx, EmptyFileIsAStreamThatEndsAtOnce)
     m_Nginx.Write("empty.mpg", "");
     ASSERT_TRUE(m_Stream.Open(m_Nginx.Url("empty.mpg").c_str()));
     EXPECT_EQ(m_Stream.GetSize(), 0u);
-    EXPECT_EQ(Read(10), "");
+    EXPECT_EQ(Read(m_Stream, 10), "");
     EXPECT_FALSE(m_Stream.WasInterrupted());
 }
 

@@ -12,6 +12,7 @@
 #include "host/network/HttpStreamWindow.h"
 #include "platform/CascadeHTTPStream.h"
 #include "tests/network/FaultyServer.h"
+#include "tests/network/HttpReading.h"
 #include "tests/network/UiThread.h"
 
 namespace {
@@ -41,13 +42,6 @@ extern "C" int getaddrinfo(const char* node, const char*, const addrinfo*, addri
 }
 
 namespace {
-
-std::string Read(CascadeHTTPStream& stream, size_t length)
-{
-    std::string buffer(length, '\0');
-    buffer.resize(stream.ReadBytes(length, buffer.data()));
-    return buffer;
-}
 
 FaultyServer::Handler Good(std::string_view resource)
 {

@@ -41,12 +41,13 @@ Nginx::Nginx()
     m_Folder = folder;
     std::filesystem::create_directory(Root());
     // Its worker may run as another user.
-    std::filesystem::permissions(m_Folder, std::filesystem::perms::others_exec | std::filesystem::perms::others_read, std::filesystem::perm_options::add);
+    std::filesystem::permissions(
+        m_Folder, std::filesystem::perms::others_exec | std::filesystem::perms::others_read, std::filesystem::perm_options::add);
     const std::string base = m_Folder.string();
     std::ofstream(m_Folder / "nginx.conf") << "daemon off; master_process off; pid " << base << "/pid; error_log " << base << "/error.log;\n"
                                            << "events {}\nhttp {\n  access_log off;\n"
-                                           << "  client_body_temp_path " << base << "/t1; proxy_temp_path " << base << "/t2; fastcgi_temp_path " << base
-                                           << "/t3; uwsgi_temp_path " << base << "/t4; scgi_temp_path " << base << "/t5;\n"
+                                           << "  client_body_temp_path " << base << "/t1; proxy_temp_path " << base << "/t2; fastcgi_temp_path "
+                                           << base << "/t3; uwsgi_temp_path " << base << "/t4; scgi_temp_path " << base << "/t5;\n"
                                            << "  server { listen 127.0.0.1:" << m_Port << "; root " << Root().string() << "; }\n}\n";
     Launch();
 }
