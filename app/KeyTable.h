@@ -12,7 +12,7 @@
 struct KeyTable {
     struct Row {
         uint32_t key;
-        const char* function;    // as the remote's page names it
+        const char* meaning;    // for the viewer; docs/remote.md says the same
         bool needsOpenFile;    // without one nothing happens and nothing is shown
         bool endsWait;    // heard while the user-interface thread waits for a server
         uint8_t resets;    // windows that the key closes, after it has acted
@@ -42,25 +42,25 @@ struct KeyTable {
     };
 
     static constexpr Row kRows[] = {
-        {Remote::kPause, "Pause", false, false, 0, &NuvidApp::OnPauseKey},
-        {Remote::kPlayPause, "Pause", false, false, 0, &NuvidApp::OnPauseKey},
-        {Remote::kPlay, "Play", false, false, 0, &NuvidApp::OnPlayKey},
-        {Remote::kStop, "Stop", false, true, 0, &NuvidApp::OnStopKey},
-        {Remote::kExit, "Quit", false, true, 0, &NuvidApp::OnExitKey},
-        {Remote::kPower, "Power", false, true, 0, &NuvidApp::OnPowerKey},
-        {Remote::kPowerAlternate, "Power", false, true, 0, &NuvidApp::OnPowerKey},
-        {Remote::kRewind, "Rewind", false, false, 0, &NuvidApp::OnRewindKey},
-        {Remote::kFastForward, "Fast forward", false, false, 0, &NuvidApp::OnFastForwardKey},
-        {Remote::kRight, "Skip forward", false, false, 0, &NuvidApp::OnSkipKey<kForwardKey>},
-        {Remote::kLeft, "Skip back", false, false, 0, &NuvidApp::OnSkipKey<kBackKey>},
-        {Remote::kUp, "Next bookmark", true, false, 0, &NuvidApp::OnNextBookmarkKey},
-        {Remote::kDown, "Previous bookmark", true, false, 0, &NuvidApp::OnPrevBookmarkKey},
-        {Remote::kNextChapter, "Next chapter", true, false, kPrevChapter | kPrevBookmark, &NuvidApp::OnNextChapterKey},
-        {Remote::kPrevChapter, "Previous chapter", true, false, kPrevBookmark, &NuvidApp::OnPrevChapterKey},
-        {Remote::kSelect, "Bookmark", true, false, 0, &NuvidApp::OnBookmarkKey},
-        {Remote::kMenu, "Menu", false, false, kPrevChapter | kPrevBookmark, &NuvidApp::OnMenuKey},
-        {Remote::kZoom, "Zoom", false, false, 0, &NuvidApp::OnZoomKey},
-        {Remote::kInfo, "Info", false, false, 0, &NuvidApp::OnInfoKey},
+        {Remote::kPause, "pauses, or plays again", false, false, 0, &NuvidApp::OnPauseKey},
+        {Remote::kPlayPause, "pauses, or plays again", false, false, 0, &NuvidApp::OnPauseKey},
+        {Remote::kPlay, "plays", false, false, 0, &NuvidApp::OnPlayKey},
+        {Remote::kStop, "stops and closes the file", false, true, 0, &NuvidApp::OnStopKey},
+        {Remote::kExit, "quits", false, true, 0, &NuvidApp::OnExitKey},
+        {Remote::kPower, "pauses", false, true, 0, &NuvidApp::OnPowerKey},
+        {Remote::kPowerAlternate, "pauses", false, true, 0, &NuvidApp::OnPowerKey},
+        {Remote::kRewind, "back 30 seconds; held: 3 minutes", false, false, 0, &NuvidApp::OnRewindKey},
+        {Remote::kFastForward, "forward 3 minutes; held: 6 minutes", false, false, 0, &NuvidApp::OnFastForwardKey},
+        {Remote::kRight, "forward 30 seconds", false, false, 0, &NuvidApp::OnSkipKey<kForwardKey>},
+        {Remote::kLeft, "back 10 seconds", false, false, 0, &NuvidApp::OnSkipKey<kBackKey>},
+        {Remote::kUp, "next bookmark", true, false, 0, &NuvidApp::OnNextBookmarkKey},
+        {Remote::kDown, "previous bookmark; again within 2.7 s: one further back", true, false, 0, &NuvidApp::OnPrevBookmarkKey},
+        {Remote::kNextChapter, "next chapter", true, false, kPrevChapter | kPrevBookmark, &NuvidApp::OnNextChapterKey},
+        {Remote::kPrevChapter, "start of the chapter; again within 2.7 s: the one before", true, false, kPrevBookmark, &NuvidApp::OnPrevChapterKey},
+        {Remote::kSelect, "sets a bookmark; again within 2.5 s: deletes it", true, false, 0, &NuvidApp::OnBookmarkKey},
+        {Remote::kMenu, "opens the main menu", false, false, kPrevChapter | kPrevBookmark, &NuvidApp::OnMenuKey},
+        {Remote::kZoom, "shows the zoom mode; again within 2.5 s: next mode", false, false, 0, &NuvidApp::OnZoomKey},
+        {Remote::kInfo, "shows name, position, sound and bit rate; again within 2.5 s: playback options", false, false, 0, &NuvidApp::OnInfoKey},
     };
 
     static constexpr const Row* Find(unsigned long key)

@@ -52,7 +52,8 @@ public:
     // rectangle of four zeros is the whole picture.
     static bool BufferBlit(CascadeBitmap& target, const CascadePoint& at, const unsigned char* pixels, const CascadeDims& dims,
         unsigned long bitsPerPixel, const CascadeRect& source);
-    // The text with a copy of it below, moved right and down by `offset`, so that it is readable on any picture.
+    // The text with a copy of it below, moved right and down by `offset`, and a rim half as wide, so that it
+    // is readable on any picture.
     static void ShadowedTextOut(
         CascadeBitmap& bitmap, CascadePoint at, const char* text, const CascadeFont& font, CascadeColor color, CascadeColor shadow, int offset);
 };

@@ -64,5 +64,12 @@ void EUtils::ShadowedTextOut(
     CascadeBitmap& bitmap, CascadePoint at, const char* text, const CascadeFont& font, CascadeColor color, CascadeColor shadow, int offset)
 {
     bitmap.TextOut({at.x + offset, at.y + offset}, text, font, shadow);
+    // A rim as well: the shadow alone leaves the other edges without contrast on a picture as bright as the text.
+    const int rim = offset / 2;
+    if (rim > 0) {
+        for (const CascadePoint corner : {CascadePoint {-rim, -rim}, {rim, -rim}, {-rim, rim}, {rim, rim}}) {
+            bitmap.TextOut({at.x + corner.x, at.y + corner.y}, text, font, shadow);
+        }
+    }
     bitmap.TextOut(at, text, font, color);
 }

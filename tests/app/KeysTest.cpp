@@ -1,4 +1,9 @@
 #include "app/KeyTable.h"
+
+#include <fstream>
+#include <iterator>
+#include <set>
+
 #include "tests/app/AppTest.h"
 
 namespace {
@@ -260,12 +265,23 @@ TEST_F(KeysTest, WithoutAFileTheKeysOfAFileDoNothing)
     EXPECT_EQ(TestPlatform::WindowsOnScreen().size(), 1U);    // no progress without a file
 }
 
-TEST_F(KeysTest, EveryRemoteKeyThatPlaysHasARow)
+// | key | remote key | code | while playing |
+TEST_F(KeysTest, ThePageOfTheRemoteSaysWhatEachKeyDoes)
 {
-    for (const unsigned long key : {0x1000B, 0x1000C, 0x1000D, 0x1000E, 0x1000F, 0x10016, 0x10017, 0x10018, 0x10019, 0x1001B, 0x1001C, 0x1001D,
-             0x1001E, 0x1001F, 0x10020, 0x10021, 0x10022, 0x10023, 0x10026}) {
-        EXPECT_NE(KeyTable::Find(key), nullptr) << std::hex << key;
+    std::ifstream page(NUVID_SOURCE "/docs/remote.md");
+    std::set<unsigned long> told;
+    for (std::string line; std::getline(page, line);) {
+        const size_t code = line.find("| 0x");
+        if (code == std::string::npos) {
+            continue;
+        }
+        const unsigned long key = std::stoul(line.substr(code + 2), nullptr, 16);
+        const KeyTable::Row* const row = KeyTable::Find(key);
+        ASSERT_NE(row, nullptr) << line;
+        EXPECT_TRUE(Has(line, std::string("| ") + row->meaning + " |")) << line;
+        told.insert(key);
     }
+    EXPECT_EQ(told.size(), std::size(KeyTable::kRows));
 }
 
 }    // namespace

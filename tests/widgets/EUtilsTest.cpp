@@ -218,11 +218,13 @@ TEST_F(EUtilsTest, RectanglesAreCentredAndTextsShadowed)
     ASSERT_TRUE(bitmap.Create(100, 100));
     EUtils::ShadowedTextOut(bitmap, {5, 6}, "text", kFont, 0xFFFFFFFF, 0x000000FF, 2);
     const auto& drawings = TestPlatform::DrawingsOn(bitmap);
-    ASSERT_EQ(drawings.size(), 2U);    // the shadow below
+    ASSERT_EQ(drawings.size(), 6U);    // the shadow and the rim below
     EXPECT_EQ(drawings[0].color, 0x000000FFU);
     EXPECT_EQ(drawings[0].rect, (CascadeRect {7, 8, 24, 12}));
-    EXPECT_EQ(drawings[1].color, 0xFFFFFFFFU);
-    EXPECT_EQ(drawings[1].rect, (CascadeRect {5, 6, 24, 12}));
+    EXPECT_EQ(drawings[1].rect, (CascadeRect {4, 5, 24, 12}));
+    EXPECT_EQ(drawings[4].rect, (CascadeRect {6, 7, 24, 12}));
+    EXPECT_EQ(drawings[5].color, 0xFFFFFFFFU);
+    EXPECT_EQ(drawings[5].rect, (CascadeRect {5, 6, 24, 12}));
 }
 
 }    // namespace
