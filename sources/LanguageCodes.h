@@ -19,7 +19,7 @@ inline constexpr LanguageRow kLanguages[] = {
     {"sq", "Albanian"},
     {"am", "Amharic (Ameharic)"},
     {"ar", "Arabic"},
-    {"ia", "Armenian"},    // on purpose: discs carry it so, although the standard says Interlingua
+    {"ia", "Armenian"},    // on purpose: not the standard's Interlingua
     {"as", "Assamese"},
     {"ay", "Aymara"},
     {"az", "Azerbaijani"},
