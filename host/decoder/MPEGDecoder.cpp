@@ -1,5 +1,7 @@
 #include "platform/MPEGDecoder.h"
 
+#include <algorithm>
+#include <string>
 #include <thread>
 
 #include "host/base/HostHooks.h"

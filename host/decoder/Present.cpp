@@ -12,7 +12,7 @@ constexpr int64_t kTooLateTicks = 9000;
 constexpr std::chrono::milliseconds kDrought{100};
 constexpr std::chrono::milliseconds kEarly{1};
 constexpr size_t kPictures = 5;
-constexpr size_t kLargePictures = 4;      // of high definition, three megabytes each
+constexpr size_t kLargePictures = 3;      // of high definition, three megabytes each
 constexpr size_t kRefillAt = 2;
 
 }    // namespace
