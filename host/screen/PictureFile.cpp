@@ -11,7 +11,7 @@ namespace {
 
 constexpr unsigned kLargestSide = 65500;              // JPEG_MAX_DIMENSION; the same is asked of PNG
 constexpr double kJpegPixelsKept = 3840.0 * 2160.0;   // finer than the finest output is of no use
-constexpr double kPngPixels = 64e6;                   // 256 MB; a PNG cannot be decoded smaller
+constexpr double kMostPixels = 64e6;                  // 256 MB in memory: a picture that needs more is refused
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -61,6 +61,10 @@ bool DecodeJpeg(jpeg_decompress_struct& info, JpegErrors& errors, std::FILE* fil
     info.out_color_space = cmyk ? JCS_CMYK : JCS_EXT_BGRA;
     info.scale_num = 1;
     info.scale_denom = JpegScale(info.image_width, info.image_height);
+    jpeg_calc_output_dimensions(&info);
+    if (double(info.output_width) * info.output_height > kMostPixels) {
+        return false;
+    }
     jpeg_start_decompress(&info);
     picture.dims = {int(info.image_width), int(info.image_height)};
     picture.surface = CreateSurface(int(info.output_width), int(info.output_height), double(info.output_width) / info.image_width);
@@ -126,7 +130,7 @@ Picture LoadPng(const char* path)
     const auto number = [&](int at) { return unsigned(head[at]) << 24 | unsigned(head[at + 1]) << 16 | unsigned(head[at + 2]) << 8 | head[at + 3]; };
     const unsigned width = number(16);
     const unsigned height = number(20);
-    if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide || double(width) * height > kPngPixels) {
+    if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide || double(width) * height > kMostPixels) {
         return {};
     }
     Picture picture;

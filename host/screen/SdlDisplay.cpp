@@ -11,6 +11,7 @@
 
 #include "host/screen/KeyMap.h"
 #include "host/screen/SdlPresenters.h"
+#include "host/screen/X11Server.h"
 
 namespace screen {
 
@@ -83,9 +84,10 @@ bool SdlDisplay::StartVideo(std::string& error)
         error = "no X11, Wayland or KMS screen can be had";
         return false;
     }
-    const bool x11 = std::strcmp(driver, "x11") == 0;
-    m_bWaitsForEvents = x11 || std::strcmp(driver, "wayland") == 0;
-    if (x11) {
+    m_bX11 = std::strcmp(driver, "x11") == 0;
+    m_bWaitsForEvents = m_bX11 || std::strcmp(driver, "wayland") == 0;
+    if (m_bX11) {
+        IgnoreX11Errors();
         SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");    // window surfaces go to the server, not through GL
     }
     m_nWakeType = SDL_RegisterEvents(1);
@@ -96,11 +98,21 @@ bool SdlDisplay::OpenWindow(const host::HostOptions& options, std::string& error
 {
     m_bWindowed = options.windowed && !options.fullscreen;
     const CascadeDims dims = StartDims(options);
-    const Uint32 flags = SDL_WINDOW_ALLOW_HIGHDPI | (m_bWindowed ? SDL_WINDOW_RESIZABLE : SDL_WINDOW_FULLSCREEN_DESKTOP);
-    m_pWindow = SDL_CreateWindow("Nuvid", SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, dims.width, dims.height, flags);
+    SDL_Rect place{SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, dims.width, dims.height};
+    Uint32 flags = SDL_WINDOW_ALLOW_HIGHDPI | (m_bWindowed ? SDL_WINDOW_RESIZABLE : SDL_WINDOW_FULLSCREEN_DESKTOP);
+    // Nobody answers the wish for the full screen on a bare server, and SDL waits a tenth of a second for the answer. A
+    // window without borders as large as the screen is the same there.
+    const bool bare = !m_bWindowed && m_bX11 && !HasX11WindowManager() && SDL_GetDisplayBounds(0, &place) == 0;
+    if (bare) {
+        flags = SDL_WINDOW_BORDERLESS;
+    }
+    m_pWindow = SDL_CreateWindow("Nuvid", place.x, place.y, place.w, place.h, flags);
     if (m_pWindow == nullptr) {
         error = SDL_GetError();
         return false;
+    }
+    if (bare) {
+        SDL_SetWindowInputFocus(m_pWindow);    // nobody else gives it
     }
     SDL_ShowCursor(SDL_DISABLE);
     return true;

@@ -39,6 +39,7 @@ private:
     bool SetScreenMode(unsigned index);
 
     bool m_bVideo = false;
+    bool m_bX11 = false;
     bool m_bWaitsForEvents = false;    // SDL can sleep on this driver; otherwise it has to be asked now and then
     bool m_bWindowed = false;
     SDL_Window* m_pWindow = nullptr;
