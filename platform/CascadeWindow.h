@@ -37,8 +37,8 @@ public:
     virtual bool OnText(const char* /*utf8*/) { return false; }
     virtual void OnFocus(bool /*hasFocus*/) {}
 
-    virtual void Materialize(Plane plane = kPlane0);    // puts it on top of its plane, calls OnMaterialize
-    void Vanish();                                      // calls OnVanish; the focus goes to the topmost window that is left
+    virtual void Materialize(Plane plane = kPlane0);    // puts it on top of its plane; takes the focus when no window has it; calls OnMaterialize
+    void Vanish();                                      // the focus goes to the topmost window left that ever had it (else the topmost), then OnVanish
     bool IsMaterialized() const;
 
     void SetRect(const CascadeRect& rect);

@@ -30,8 +30,8 @@ void RoundedPath(cairo_t* cairo, double left, double top, double width, double h
 
 void AddStop(cairo_pattern_t* pattern, double at, CascadeColor color)
 {
-    cairo_pattern_add_color_stop_rgba(pattern, at, (color >> 24) / 255.0, ((color >> 16) & 0xFF) / 255.0, ((color >> 8) & 0xFF) / 255.0,
-                                      (color & 0xFF) / 255.0);
+    cairo_pattern_add_color_stop_rgba(
+        pattern, at, (color >> 24) / 255.0, ((color >> 16) & 0xFF) / 255.0, ((color >> 8) & 0xFF) / 255.0, (color & 0xFF) / 255.0);
 }
 
 uint32_t Premultiplied(const unsigned char* pixel, unsigned bytes)
@@ -57,10 +57,13 @@ void CascadeBitmap::Fill(CascadeColor color)
     cairo_set_operator(cairo.get(), CAIRO_OPERATOR_SOURCE);
     cairo_paint(cairo.get());
     const CascadeDims device = DeviceDims(m_pImpl->surface.get());
-    m_pImpl->touched = clear ? CascadeRect{} : CascadeRect{0, 0, device.width, device.height};
+    m_pImpl->touched = clear ? CascadeRect {} : CascadeRect {0, 0, device.width, device.height};
 }
 
-void CascadeBitmap::FillRect(const CascadeRect& rect, CascadeColor color) { FillRoundedRect(rect, 0, color); }
+void CascadeBitmap::FillRect(const CascadeRect& rect, CascadeColor color)
+{
+    FillRoundedRect(rect, 0, color);
+}
 
 void CascadeBitmap::FillRoundedRect(const CascadeRect& rect, int radius, CascadeColor color)
 {
@@ -102,16 +105,17 @@ void CascadeBitmap::StrokeRoundedRect(const CascadeRect& rect, int radius, doubl
     SetSourceColor(cairo.get(), color);
     cairo_set_line_width(cairo.get(), lineWidth);
     RoundedPath(cairo.get(), rect.left + inset, rect.top + inset, std::max(0.0, rect.width - lineWidth), std::max(0.0, rect.height - lineWidth),
-                std::max(0.0, radius - inset));
+        std::max(0.0, radius - inset));
     cairo_stroke(cairo.get());
     m_pImpl->Touch(rect);
 }
 
-bool CascadeBitmap::BlitFromSharedZone(CascadePoint at, CascadeSharedMemZone& zone, size_t offset, int width, int height, unsigned long bitsPerPixel,
-                                       const CascadeRect& source)
+bool CascadeBitmap::BlitFromSharedZone(
+    CascadePoint at, CascadeSharedMemZone& zone, size_t offset, int width, int height, unsigned long bitsPerPixel, const CascadeRect& source)
 {
     const unsigned bytes = unsigned(bitsPerPixel / 8);
-    if (IsEmpty() || (bitsPerPixel != 24 && bitsPerPixel != 32) || width <= 0 || height <= 0 || width > kLargestZoneSide || height > kLargestZoneSide) {
+    if (IsEmpty() || (bitsPerPixel != 24 && bitsPerPixel != 32) || width <= 0 || height <= 0 || width > kLargestZoneSide
+        || height > kLargestZoneSide) {
         return false;
     }
     const size_t needed = size_t(width) * size_t(height) * bytes;    // at most 17 GB: no overflow
@@ -126,7 +130,8 @@ bool CascadeBitmap::BlitFromSharedZone(CascadePoint at, CascadeSharedMemZone& zo
         return false;
     }
     for (int y = 0; y < part.height; ++y) {
-        auto* const row = reinterpret_cast<uint32_t*>(cairo_image_surface_get_data(pixels.get()) + size_t(y) * size_t(cairo_image_surface_get_stride(pixels.get())));
+        auto* const row = reinterpret_cast<uint32_t*>(
+            cairo_image_surface_get_data(pixels.get()) + size_t(y) * size_t(cairo_image_surface_get_stride(pixels.get())));
         const unsigned char* from = memory + offset + (size_t(part.top + y) * size_t(width) + size_t(part.left)) * bytes;
         for (int x = 0; x < part.width; ++x, from += bytes) {
             row[x] = Premultiplied(from, bytes);
@@ -135,7 +140,7 @@ bool CascadeBitmap::BlitFromSharedZone(CascadePoint at, CascadeSharedMemZone& zo
     zone.Unlock();
     cairo_surface_mark_dirty(pixels.get());
 
-    const CascadeRect to{at.x, at.y, part.width, part.height};
+    const CascadeRect to {at.x, at.y, part.width, part.height};
     const CairoPtr cairo = m_pImpl->Begin();
     cairo_rectangle(cairo.get(), to.left, to.top, to.width, to.height);
     cairo_clip(cairo.get());

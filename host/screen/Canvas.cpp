@@ -6,7 +6,7 @@
 namespace screen {
 namespace {
 
-std::atomic<double> g_OutputScale{1.0};    // loaders create bitmaps on threads of their own
+std::atomic<double> g_OutputScale {1.0};    // loaders create bitmaps on threads of their own
 cairo_user_data_key_t g_TouchedKey;
 
 bool RowIsClear(const uint32_t* row, int from, int to)
@@ -20,8 +20,14 @@ bool RowIsClear(const uint32_t* row, int from, int to)
 
 }    // namespace
 
-double OutputScale() { return g_OutputScale; }
-void SetOutputScale(double scale) { g_OutputScale = scale; }
+double OutputScale()
+{
+    return g_OutputScale;
+}
+void SetOutputScale(double scale)
+{
+    g_OutputScale = scale;
+}
 
 double ScaleFor(CascadeDims output)
 {
@@ -31,7 +37,8 @@ double ScaleFor(CascadeDims output)
 CascadePoint OriginOnOutput(CascadeDims output)
 {
     const double scale = ScaleFor(output);
-    return {int(std::lround((output.width - kLogicalScreen.width * scale) / 2)), int(std::lround((output.height - kLogicalScreen.height * scale) / 2))};
+    return {
+        int(std::lround((output.width - kLogicalScreen.width * scale) / 2)), int(std::lround((output.height - kLogicalScreen.height * scale) / 2))};
 }
 
 SurfacePtr CreateSurface(int deviceWidth, int deviceHeight, double scale)
@@ -57,9 +64,15 @@ void SetSourceColor(cairo_t* cairo, CascadeColor color)
     cairo_set_source_rgba(cairo, (color >> 24) / 255.0, ((color >> 16) & 0xFF) / 255.0, ((color >> 8) & 0xFF) / 255.0, (color & 0xFF) / 255.0);
 }
 
-void NoteTouchedArea(cairo_surface_t* surface, CascadeRect* area) { cairo_surface_set_user_data(surface, &g_TouchedKey, area, nullptr); }
+void NoteTouchedArea(cairo_surface_t* surface, CascadeRect* area)
+{
+    cairo_surface_set_user_data(surface, &g_TouchedKey, area, nullptr);
+}
 
-const CascadeRect* TouchedArea(cairo_surface_t* surface) { return static_cast<CascadeRect*>(cairo_surface_get_user_data(surface, &g_TouchedKey)); }
+const CascadeRect* TouchedArea(cairo_surface_t* surface)
+{
+    return static_cast<CascadeRect*>(cairo_surface_get_user_data(surface, &g_TouchedKey));
+}
 
 CascadeRect VisibleArea(cairo_surface_t* surface, const CascadeRect& within)
 {
@@ -94,7 +107,7 @@ CascadeRect VisibleArea(cairo_surface_t* surface, const CascadeRect& within)
         }
         right = x;
     }
-    return top < bottom ? CascadeRect{left, top, right - left, bottom - top} : CascadeRect{};
+    return top < bottom ? CascadeRect {left, top, right - left, bottom - top} : CascadeRect {};
 }
 
 }    // namespace screen

@@ -24,7 +24,7 @@ struct CairoDeleter {
 };
 using CairoPtr = std::unique_ptr<cairo_t, CairoDeleter>;
 
-inline constexpr CascadeDims kLogicalScreen{1280, 720};
+inline constexpr CascadeDims kLogicalScreen {1280, 720};
 inline constexpr int kLargestSurface = 32767;    // cairo keeps coordinates in 16.16 fixed point
 
 // Device pixels of the output to a logical pixel. The logical screen lies centred on an output of another shape.

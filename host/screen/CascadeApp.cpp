@@ -47,7 +47,10 @@ std::string ProgramPath(const std::string& given)
 
 }    // namespace
 
-CascadeApp::CascadeApp() { s_pTheApp = this; }
+CascadeApp::CascadeApp()
+{
+    s_pTheApp = this;
+}
 
 CascadeApp::~CascadeApp()
 {
@@ -98,7 +101,10 @@ void CascadeApp::Terminate(int exitCode)
     }
 }
 
-int CascadeApp::GetArgCount() const { return int(State().args.size()); }
+int CascadeApp::GetArgCount() const
+{
+    return int(State().args.size());
+}
 
 const char* CascadeApp::GetArg(int index) const
 {
@@ -122,11 +128,23 @@ void CascadeApp::RegisterECPCommand(const char* prefix)
     });
 }
 
-const char* CascadeApp::GetWormholeAddress() const { return screen::kWormholeAddress; }
+const char* CascadeApp::GetWormholeAddress() const
+{
+    return screen::kWormholeAddress;
+}
 
-bool CascadeApp::IsWaiting() const { return host::UiWaitDepth() > 0; }
-bool CascadeApp::WaitWasEnded() const { return host::UiWaitWasEnded(); }
-void CascadeApp::EndWait() { host::EndUiWait(); }
+bool CascadeApp::IsWaiting() const
+{
+    return host::UiWaitDepth() > 0;
+}
+bool CascadeApp::WaitWasEnded() const
+{
+    return host::UiWaitWasEnded();
+}
+void CascadeApp::EndWait()
+{
+    host::EndUiWait();
+}
 
 void CascadeApp::PostAfterWait(std::function<void()> action)
 {

@@ -58,10 +58,22 @@ bool CascadeBitmap::CreateFromFile(const char* path)
     return true;
 }
 
-void CascadeBitmap::Destroy() { m_pImpl.reset(); }
-bool CascadeBitmap::IsEmpty() const { return m_pImpl == nullptr; }
-CascadeDims CascadeBitmap::GetDims() const { return IsEmpty() ? CascadeDims{} : m_pImpl->dims; }
-void* CascadeBitmap::NativeSurface() const { return IsEmpty() ? nullptr : m_pImpl->surface.get(); }
+void CascadeBitmap::Destroy()
+{
+    m_pImpl.reset();
+}
+bool CascadeBitmap::IsEmpty() const
+{
+    return m_pImpl == nullptr;
+}
+CascadeDims CascadeBitmap::GetDims() const
+{
+    return IsEmpty() ? CascadeDims {} : m_pImpl->dims;
+}
+void* CascadeBitmap::NativeSurface() const
+{
+    return IsEmpty() ? nullptr : m_pImpl->surface.get();
+}
 
 void CascadeBitmap::SetOrigin(CascadePoint origin)
 {

@@ -15,7 +15,10 @@ void CascadeFont::Create(const char* family, int size)
     m_nSize = size;
 }
 
-CascadeDims CascadeFont::GetTextExtent(const char* text) const { return screen::TextEngine::ForThisThread().Measure(*this, text); }
+CascadeDims CascadeFont::GetTextExtent(const char* text) const
+{
+    return screen::TextEngine::ForThisThread().Measure(*this, text);
+}
 
 CascadeFont GetWidgetFont(int scheme)
 {

@@ -18,8 +18,14 @@ void Push(Event::Kind kind, unsigned long key)
 
 }    // namespace
 
-void CascadeInput::DispatchKeyDown(unsigned long key) { Push(Event::Kind::kKeyDown, key); }
-void CascadeInput::DispatchKeyUp(unsigned long key) { Push(Event::Kind::kKeyUp, key); }
+void CascadeInput::DispatchKeyDown(unsigned long key)
+{
+    Push(Event::Kind::kKeyDown, key);
+}
+void CascadeInput::DispatchKeyUp(unsigned long key)
+{
+    Push(Event::Kind::kKeyUp, key);
+}
 
 void CascadeInput::NotifyScreenActivity()
 {

@@ -16,7 +16,10 @@ screen::Screen* TheScreen()
 
 }    // namespace
 
-CascadeDims CascadeScreen::GetDims() { return screen::kLogicalScreen; }
+CascadeDims CascadeScreen::GetDims()
+{
+    return screen::kLogicalScreen;
+}
 
 unsigned CascadeScreen::GetNumSupportedOutputResolutions()
 {
@@ -40,7 +43,10 @@ unsigned CascadeScreen::GetCurrentOutputResolution()
     return screen == nullptr ? 0 : screen->CurrentResolution();
 }
 
-unsigned CascadeScreen::GetCurrentScreenResolution() { return 0; }
+unsigned CascadeScreen::GetCurrentScreenResolution()
+{
+    return 0;
+}
 
 bool CascadeScreen::SetOutputResolution(unsigned index)
 {

@@ -4,6 +4,15 @@
 
 using screen::TimerQueue;
 
-CascadeTimer::~CascadeTimer() { TimerQueue::Instance().KillAll(this); }
-uint32_t CascadeTimer::SetTimer(uint32_t periodMs) { return TimerQueue::Instance().Set(this, periodMs); }
-void CascadeTimer::KillTimer(uint32_t id) { TimerQueue::Instance().Kill(this, id); }
+CascadeTimer::~CascadeTimer()
+{
+    TimerQueue::Instance().KillAll(this);
+}
+uint32_t CascadeTimer::SetTimer(uint32_t periodMs)
+{
+    return TimerQueue::Instance().Set(this, periodMs);
+}
+void CascadeTimer::KillTimer(uint32_t id)
+{
+    TimerQueue::Instance().Kill(this, id);
+}

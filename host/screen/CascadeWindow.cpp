@@ -7,7 +7,10 @@ using screen::WindowStack;
 
 CascadeWindow::CascadeWindow() = default;
 
-CascadeWindow::~CascadeWindow() { WindowStack::Instance().Remove(this); }
+CascadeWindow::~CascadeWindow()
+{
+    WindowStack::Instance().Remove(this);
+}
 
 void CascadeWindow::Materialize(Plane plane)
 {
@@ -26,7 +29,10 @@ void CascadeWindow::Vanish()
     }
 }
 
-bool CascadeWindow::IsMaterialized() const { return WindowStack::Instance().Contains(this); }
+bool CascadeWindow::IsMaterialized() const
+{
+    return WindowStack::Instance().Contains(this);
+}
 
 void CascadeWindow::SetRect(const CascadeRect& rect)
 {
@@ -45,6 +51,12 @@ void CascadeWindow::Redraw()
     }
 }
 
-void CascadeWindow::TakeFocus() { WindowStack::Instance().SetFocus(this); }
+void CascadeWindow::TakeFocus()
+{
+    WindowStack::Instance().SetFocus(this);
+}
 
-bool CascadeWindow::HasFocus() const { return WindowStack::Instance().Focus() == this; }
+bool CascadeWindow::HasFocus() const
+{
+    return WindowStack::Instance().Focus() == this;
+}

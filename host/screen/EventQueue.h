@@ -17,10 +17,10 @@ namespace screen {
 struct Event {
     enum class Kind { kKeyDown, kKeyUp, kText, kMessage, kAction };
     Kind kind = Kind::kAction;
-    uint32_t key = 0;          // remote code; 0: a keyboard key that stands for none
-    int physical = 0;          // the keyboard's own number of the key; 0: injected
+    uint32_t key = 0;    // remote code; 0: a keyboard key that stands for none
+    int physical = 0;    // the keyboard's own number of the key; 0: injected
     bool repeat = false;
-    std::string text;          // what the key types, when it types something
+    std::string text;    // what the key types, when it types something
     CascadeMessage message;
     std::function<void()> action;
 
@@ -35,7 +35,7 @@ public:
     size_t Size() const;
     bool Take(Event& event);
     bool TakeInput(Event& event);    // the first input, past everything else
-    void PutBack(Event event);       // in front
+    void PutBack(Event event);    // in front
     void Clear();
 
 private:

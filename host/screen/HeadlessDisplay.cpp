@@ -11,14 +11,18 @@
 
 namespace screen {
 
-WakeEvent::WakeEvent() : m_Fd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+WakeEvent::WakeEvent()
+    : m_Fd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     if (m_Fd < 0) {
         std::abort();    // no file number left before anything was opened
     }
 }
 
-WakeEvent::~WakeEvent() { close(m_Fd); }
+WakeEvent::~WakeEvent()
+{
+    close(m_Fd);
+}
 
 void WakeEvent::Set()
 {
@@ -28,8 +32,8 @@ void WakeEvent::Set()
 
 bool WakeEvent::Wait(host::Clock::time_point until)
 {
-    pollfd waiting{m_Fd, POLLIN, 0};
-    timespec rest{};
+    pollfd waiting {m_Fd, POLLIN, 0};
+    timespec rest {};
     const bool endless = until == host::Clock::time_point::max();
     if (!endless) {
         const auto left = std::max(std::chrono::nanoseconds(0), std::chrono::duration_cast<std::chrono::nanoseconds>(until - host::Clock::now()));
@@ -47,7 +51,8 @@ namespace {
 
 class HeadlessDisplay : public Display {
 public:
-    explicit HeadlessDisplay(CascadeDims start) : m_Resolutions(FreeResolutions(start))
+    explicit HeadlessDisplay(CascadeDims start)
+        : m_Resolutions(FreeResolutions(start))
     {
         auto target = std::make_unique<MemoryTarget>(start);
         m_pTarget = target.get();
@@ -70,13 +75,19 @@ private:
 
 }    // namespace
 
-std::vector<CascadeDims> FreeResolutions(CascadeDims start) { return {start, {1280, 720}, {1920, 1080}, {3840, 2160}, {720, 576}, {720, 480}}; }
+std::vector<CascadeDims> FreeResolutions(CascadeDims start)
+{
+    return {start, {1280, 720}, {1920, 1080}, {3840, 2160}, {720, 576}, {720, 480}};
+}
 
 CascadeDims StartDims(const host::HostOptions& options)
 {
-    return options.windowWidth > 0 && options.windowHeight > 0 ? CascadeDims{options.windowWidth, options.windowHeight} : kLogicalScreen;
+    return options.windowWidth > 0 && options.windowHeight > 0 ? CascadeDims {options.windowWidth, options.windowHeight} : kLogicalScreen;
 }
 
-std::unique_ptr<Display> OpenHeadlessDisplay(const host::HostOptions& options) { return std::make_unique<HeadlessDisplay>(StartDims(options)); }
+std::unique_ptr<Display> OpenHeadlessDisplay(const host::HostOptions& options)
+{
+    return std::make_unique<HeadlessDisplay>(StartDims(options));
+}
 
 }    // namespace screen

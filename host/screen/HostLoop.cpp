@@ -17,15 +17,27 @@ namespace {
 constexpr auto kStayAwake = std::chrono::seconds(10);
 
 HostLoop* g_pLoop = nullptr;
-std::atomic<bool> g_bListening{false};
+std::atomic<bool> g_bListening {false};
 
 }    // namespace
 
-HostLoop::HostLoop() : m_AwakeUntil(Clock::time_point::max()) { }
-HostLoop::~HostLoop() { Stop(); }
+HostLoop::HostLoop()
+    : m_AwakeUntil(Clock::time_point::max())
+{
+}
+HostLoop::~HostLoop()
+{
+    Stop();
+}
 
-HostLoop* HostLoop::Current() { return g_pLoop; }
-bool HostLoop::IsListening() { return g_bListening; }
+HostLoop* HostLoop::Current()
+{
+    return g_pLoop;
+}
+bool HostLoop::IsListening()
+{
+    return g_bListening;
+}
 
 void HostLoop::Start(const host::HostOptions& options)
 {
@@ -61,7 +73,10 @@ void HostLoop::InstallHooks()
     host::Hooks().screenStats = [this] { return m_pScreen->Stats(); };
 }
 
-void HostLoop::Wake() { m_pScreen->GetDisplay().Wake(); }
+void HostLoop::Wake()
+{
+    m_pScreen->GetDisplay().Wake();
+}
 
 void HostLoop::End()
 {

@@ -31,14 +31,14 @@ public:
     HostLoop& operator=(const HostLoop&) = delete;
 
     static HostLoop* Current();    // null: none is started
-    static bool IsListening();     // whether messages are delivered
+    static bool IsListening();    // whether messages are delivered
 
     void Start(const host::HostOptions& options);
     void Stop();
 
-    void Run();                                         // until End
+    void Run();    // until End
     void End();
-    void TurnOnce(host::Clock::time_point until);       // one turn; sleeps at its end, at most until then
+    void TurnOnce(host::Clock::time_point until);    // one turn; sleeps at its end, at most until then
     bool HasEnded() const { return m_bEnded; }
 
     Screen& GetScreen() { return *m_pScreen; }

@@ -12,7 +12,7 @@ namespace screen {
 
 struct KeyMapRow {
     SDL_Scancode scancode;
-    const char* key;       // what is printed on it
+    const char* key;    // what is printed on it
     uint32_t code;
     const char* remote;    // name of the remote's key
 };

@@ -52,7 +52,7 @@ KeyRouter::Press KeyRouter::OfferKey(uint32_t key)
 void KeyRouter::Down(const Event& event)
 {
     WindowStack& windows = WindowStack::Instance();
-    const KeyId id{event.physical, event.key};
+    const KeyId id {event.physical, event.key};
     if (const auto held = m_Pressed.find(id); event.repeat && held != m_Pressed.end()) {
         if (held->second.taker == Taker::kWait || held->second.focus != windows.Focus()) {
             return;

@@ -9,9 +9,9 @@
 namespace screen {
 namespace {
 
-constexpr unsigned kLargestSide = 65500;              // JPEG_MAX_DIMENSION; the same is asked of PNG
-constexpr double kJpegPixelsKept = 3840.0 * 2160.0;   // finer than the finest output is of no use
-constexpr double kMostPixels = 64e6;                  // 256 MB in memory: a picture that needs more is refused
+constexpr unsigned kLargestSide = 65500;    // JPEG_MAX_DIMENSION; the same is asked of PNG
+constexpr double kJpegPixelsKept = 3840.0 * 2160.0;    // finer than the finest output is of no use
+constexpr double kMostPixels = 64e6;    // 256 MB in memory: a picture that needs more is refused
 
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -23,7 +23,10 @@ struct JpegErrors {
     std::jmp_buf leave;
 };
 
-[[noreturn]] void OnJpegError(j_common_ptr info) { std::longjmp(reinterpret_cast<JpegErrors*>(info->err)->leave, 1); }
+[[noreturn]] void OnJpegError(j_common_ptr info)
+{
+    std::longjmp(reinterpret_cast<JpegErrors*>(info->err)->leave, 1);
+}
 
 void OnJpegMessage(j_common_ptr, int) { }
 
@@ -40,7 +43,9 @@ void ConvertCmykRow(const unsigned char* inks, uint32_t* row, unsigned width)
 unsigned JpegScale(unsigned width, unsigned height)
 {
     unsigned denominator = 1;
-    while (denominator < 8 && (double(width) * height / denominator / denominator > kJpegPixelsKept || std::max(width, height) / denominator > unsigned(kLargestSurface))) {
+    while (denominator < 8
+        && (double(width) * height / denominator / denominator > kJpegPixelsKept
+            || std::max(width, height) / denominator > unsigned(kLargestSurface))) {
         denominator *= 2;
     }
     return denominator;
@@ -100,8 +105,8 @@ Picture LoadJpeg(const char* path)
     if (file == nullptr) {
         return picture;
     }
-    jpeg_decompress_struct info{};
-    JpegErrors errors{};
+    jpeg_decompress_struct info {};
+    JpegErrors errors {};
     info.err = jpeg_std_error(&errors.manager);
     errors.manager.error_exit = OnJpegError;
     errors.manager.emit_message = OnJpegMessage;

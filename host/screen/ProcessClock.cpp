@@ -28,7 +28,7 @@ long MillisecondsSinceProcessStart()
         return 0;
     }
     const long long startTicks = std::strtoll(field, nullptr, 10);
-    timespec now{};
+    timespec now {};
     clock_gettime(CLOCK_BOOTTIME, &now);
     return long(now.tv_sec * 1000LL + now.tv_nsec / 1'000'000 - startTicks * 1000 / sysconf(_SC_CLK_TCK));
 }

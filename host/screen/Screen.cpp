@@ -26,8 +26,11 @@ constexpr Clock::duration kShortestRest = std::chrono::milliseconds(1);
 }    // namespace
 
 Screen::Screen(std::unique_ptr<Display> display, bool stretch)
-    : m_pDisplay(std::move(display)), m_Resolutions(m_pDisplay->Resolutions()), m_bStretch(stretch), m_NextPicture(Clock::time_point::max()),
-      m_SourceGone(Clock::time_point::max())
+    : m_pDisplay(std::move(display))
+    , m_Resolutions(m_pDisplay->Resolutions())
+    , m_bStretch(stretch)
+    , m_NextPicture(Clock::time_point::max())
+    , m_SourceGone(Clock::time_point::max())
 {
     Expose();
 }
@@ -71,7 +74,7 @@ bool Screen::LayOut()
     layout.placement = m_Placement;
     layout.output = m_Output;
     layout.stretch = m_bStretch;
-    const VideoGeometry geometry = m_Frame ? LayOutVideo(layout) : VideoGeometry{};
+    const VideoGeometry geometry = m_Frame ? LayOutVideo(layout) : VideoGeometry {};
     const bool changed = !(geometry == m_Geometry);
     m_Geometry = geometry;
     return changed;
@@ -97,7 +100,11 @@ bool Screen::TakePicture(Clock::time_point& next)
         return true;
     }
     m_SourceGone = Clock::time_point::max();
-    const bool changed = source->Advance(now + m_Lead, m_Frame, next);
+    host::VideoFrame frame;
+    const bool changed = source->Advance(now + m_Lead, frame, next);
+    if (changed) {
+        m_Frame = std::move(frame);
+    }
     m_Placement = source->Placement();
     if (next != Clock::time_point::max()) {
         next -= m_Lead;
@@ -177,8 +184,8 @@ std::string Screen::Stats() const
 {
     char text[256];
     const std::string first = m_nFirstFrameMs < 0 ? "null" : std::to_string(m_nFirstFrameMs);
-    std::snprintf(text, sizeof text, "\"first_frame_ms\":%s,\"presented\":%lu,\"wakeups\":%lu,\"output\":\"%dx%d\",\"presenter\":\"%s\"", first.c_str(),
-                  m_nPresented, m_nTurns, m_Output.width, m_Output.height, m_pDisplay->Output().Name());
+    std::snprintf(text, sizeof text, "\"first_frame_ms\":%s,\"presented\":%lu,\"wakeups\":%lu,\"output\":\"%dx%d\",\"presenter\":\"%s\"",
+        first.c_str(), m_nPresented, m_nTurns, m_Output.width, m_Output.height, m_pDisplay->Output().Name());
     return text;
 }
 

@@ -32,7 +32,7 @@ public:
 
     std::string TakeScreenshot();    // the path of the PNG; empty: failed
     SurfacePtr Capture();
-    std::string Stats() const;       // members of a JSON object
+    std::string Stats() const;    // members of a JSON object
     void CountTurn() { ++m_nTurns; }
 
 private:
@@ -53,7 +53,7 @@ private:
     Changes m_Pending;
     host::Clock::time_point m_NextPicture;
     host::Clock::time_point m_SourceGone;    // max(): there is one, or nothing is shown
-    host::Clock::duration m_Lead{};          // from asking for a picture to its being seen
+    host::Clock::duration m_Lead {};    // from asking for a picture to its being seen
     unsigned long m_nTurns = 0;
     unsigned long m_nPresented = 0;
     long m_nFirstFrameMs = -1;

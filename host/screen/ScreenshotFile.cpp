@@ -21,7 +21,7 @@ std::string FreeName(const std::string& folder)
 {
     char date[32];
     const time_t now = std::time(nullptr);
-    tm local{};
+    tm local {};
     localtime_r(&now, &local);
     std::strftime(date, sizeof date, "%Y%m%d-%H%M%S", &local);
     const std::string stem = folder + "/nuvid-" + date;

@@ -42,14 +42,23 @@ bool HasNode(const char* folder, const char* prefix)
 }
 
 // SDL takes ten times as long to find out.
-bool MayHaveDisplay() { return IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY") || IsSet("SDL_VIDEODRIVER") || HasNode("/dev/dri", "card"); }
+bool MayHaveDisplay()
+{
+    return IsSet("DISPLAY") || IsSet("WAYLAND_DISPLAY") || IsSet("SDL_VIDEODRIVER") || HasNode("/dev/dri", "card");
+}
 
 // Drivers that show nothing are for those who ask for them by name.
-bool ShowsNothing(const char* driver) { return std::strcmp(driver, "offscreen") == 0 || std::strcmp(driver, "dummy") == 0 || std::strcmp(driver, "evdev") == 0; }
+bool ShowsNothing(const char* driver)
+{
+    return std::strcmp(driver, "offscreen") == 0 || std::strcmp(driver, "dummy") == 0 || std::strcmp(driver, "evdev") == 0;
+}
 
 }    // namespace
 
-bool HasGraphicsProcessor() { return HasNode("/dev/dri", "renderD") || HasNode("/dev", "nvidia0") || HasNode("/dev", "mali"); }
+bool HasGraphicsProcessor()
+{
+    return HasNode("/dev/dri", "renderD") || HasNode("/dev", "nvidia0") || HasNode("/dev", "mali");
+}
 
 SdlDisplay::~SdlDisplay()
 {
@@ -98,7 +107,7 @@ bool SdlDisplay::OpenWindow(const host::HostOptions& options, std::string& error
 {
     m_bWindowed = options.windowed && !options.fullscreen;
     const CascadeDims dims = StartDims(options);
-    SDL_Rect place{SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, dims.width, dims.height};
+    SDL_Rect place {SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, dims.width, dims.height};
     Uint32 flags = SDL_WINDOW_ALLOW_HIGHDPI | (m_bWindowed ? SDL_WINDOW_RESIZABLE : SDL_WINDOW_FULLSCREEN_DESKTOP);
     // Nobody answers the wish for the full screen on a bare server, and SDL waits a tenth of a second for the answer. A
     // window without borders as large as the screen is the same there.
@@ -157,7 +166,8 @@ void SdlDisplay::CollectModes()
     for (int i = 0; i < SDL_GetNumDisplayModes(display); ++i) {
         SDL_DisplayMode mode;
         const bool known = SDL_GetDisplayMode(display, i, &mode) != 0
-            || std::any_of(m_Resolutions.begin() + 1, m_Resolutions.end(), [&](CascadeDims dims) { return dims.width == mode.w && dims.height == mode.h; });
+            || std::any_of(
+                m_Resolutions.begin() + 1, m_Resolutions.end(), [&](CascadeDims dims) { return dims.width == mode.w && dims.height == mode.h; });
         if (!known) {
             m_Resolutions.push_back({mode.w, mode.h});
         }
@@ -169,7 +179,7 @@ bool SdlDisplay::SetScreenMode(unsigned index)
     if (index == 0) {
         return SDL_SetWindowFullscreen(m_pWindow, SDL_WINDOW_FULLSCREEN_DESKTOP) == 0;
     }
-    SDL_DisplayMode wanted{};
+    SDL_DisplayMode wanted {};
     wanted.w = m_Resolutions[index].width;
     wanted.h = m_Resolutions[index].height;
     SDL_DisplayMode mode;
@@ -207,7 +217,7 @@ void SdlDisplay::Wake()
         return;
     }
     if (!m_bWakePending.exchange(true)) {
-        SDL_Event event{};
+        SDL_Event event {};
         event.type = m_nWakeType;
         if (SDL_PushEvent(&event) != 1) {
             m_bWakePending = false;    // the queue is full: the loop is awake anyway

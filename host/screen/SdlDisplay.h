@@ -44,7 +44,7 @@ private:
     bool m_bWindowed = false;
     SDL_Window* m_pWindow = nullptr;
     Uint32 m_nWakeType = 0;
-    std::atomic<bool> m_bWakePending{false};
+    std::atomic<bool> m_bWakePending {false};
     WakeEvent m_Wake;
     std::vector<CascadeDims> m_Resolutions;
     std::unique_ptr<Presenter> m_pPresenter;

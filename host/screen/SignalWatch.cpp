@@ -10,13 +10,14 @@ constexpr int kLastWarning = 3;
 
 bool IsIgnored(int signal)
 {
-    struct sigaction action {};
+    struct sigaction action { };
     return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
 }    // namespace
 
-SignalWatch::SignalWatch(std::function<void(int)> onSignal) : m_OnSignal(std::move(onSignal))
+SignalWatch::SignalWatch(std::function<void(int)> onSignal)
+    : m_OnSignal(std::move(onSignal))
 {
     sigemptyset(&m_Watched);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {

@@ -10,7 +10,10 @@ struct RegionDeleter {
 };
 using RegionPtr = std::unique_ptr<cairo_region_t, RegionDeleter>;
 
-cairo_rectangle_int_t ToCairo(const CascadeRect& rect) { return {rect.left, rect.top, rect.width, rect.height}; }
+cairo_rectangle_int_t ToCairo(const CascadeRect& rect)
+{
+    return {rect.left, rect.top, rect.width, rect.height};
+}
 
 RegionPtr MakeRegion(const CascadeRect& rect)
 {
@@ -73,7 +76,10 @@ bool MemoryTarget::Resize(CascadeDims dims)
     return true;
 }
 
-CascadeDims MemoryTarget::Dims() const { return m_Surface == nullptr ? CascadeDims{} : DeviceDims(m_Surface.get()); }
+CascadeDims MemoryTarget::Dims() const
+{
+    return m_Surface == nullptr ? CascadeDims {} : DeviceDims(m_Surface.get());
+}
 
 bool MemoryTarget::Lock(Pixels& pixels)
 {
@@ -98,10 +104,10 @@ bool SurfacePresenter::Present(const Scene& scene, const Changes& changes)
     if (!m_pTarget->Lock(pixels)) {
         return false;
     }
-    const CascadeRect whole{0, 0, pixels.dims.width, pixels.dims.height};
+    const CascadeRect whole {0, 0, pixels.dims.width, pixels.dims.height};
     CascadeRect area = changes.everything || pixels.isNew ? whole : changes.overlay;
     area.Intersect(whole);
-    CascadeRect picture = scene.frame != nullptr && *scene.frame && !scene.geometry.source.IsEmpty() ? scene.geometry.destination : CascadeRect{};
+    CascadeRect picture = scene.frame != nullptr && *scene.frame && !scene.geometry.source.IsEmpty() ? scene.geometry.destination : CascadeRect {};
     picture.Intersect(whole);
     if (!(picture == scene.geometry.destination)) {
         picture = {};    // laid out for an output that has just changed its size
@@ -143,7 +149,7 @@ SurfacePtr SurfacePresenter::Capture(const Scene& scene)
     }
     for (int y = 0; y < pixels.dims.height; ++y) {
         std::memcpy(cairo_image_surface_get_data(copy.get()) + std::ptrdiff_t(y) * cairo_image_surface_get_stride(copy.get()),
-                    pixels.data + std::ptrdiff_t(y) * pixels.stride, size_t(pixels.dims.width) * 4);
+            pixels.data + std::ptrdiff_t(y) * pixels.stride, size_t(pixels.dims.width) * 4);
     }
     cairo_surface_mark_dirty(copy.get());
     return copy;

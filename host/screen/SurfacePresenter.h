@@ -45,7 +45,10 @@ private:
 
 class SurfacePresenter : public Presenter {
 public:
-    explicit SurfacePresenter(std::unique_ptr<SurfaceTarget> target) : m_pTarget(std::move(target)) {}
+    explicit SurfacePresenter(std::unique_ptr<SurfaceTarget> target)
+        : m_pTarget(std::move(target))
+    {
+    }
     const char* Name() const override { return "surface"; }
     CascadeDims Dims() const override { return m_pTarget->Dims(); }
     bool Present(const Scene& scene, const Changes& changes) override;

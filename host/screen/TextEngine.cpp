@@ -16,7 +16,10 @@ constexpr size_t kLongestText = 16384;
 // Smoothing on a coarse output, and colour glyphs that are scaled pictures, reach a little beyond the stated ink.
 constexpr int kInkMargin = 3;
 
-int Pixels(int pangoUnits) { return PANGO_PIXELS_CEIL(pangoUnits); }
+int Pixels(int pangoUnits)
+{
+    return PANGO_PIXELS_CEIL(pangoUnits);
+}
 
 }    // namespace
 

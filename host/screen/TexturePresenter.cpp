@@ -31,11 +31,17 @@ bool RunsOnProcessor(SDL_Renderer* renderer)
     return false;
 }
 
-SDL_Rect ToSdl(const CascadeRect& rect) { return {rect.left, rect.top, rect.width, rect.height}; }
+SDL_Rect ToSdl(const CascadeRect& rect)
+{
+    return {rect.left, rect.top, rect.width, rect.height};
+}
 
 class TexturePresenter : public Presenter {
 public:
-    explicit TexturePresenter(SDL_Renderer* renderer) : m_pRenderer(renderer) {}
+    explicit TexturePresenter(SDL_Renderer* renderer)
+        : m_pRenderer(renderer)
+    {
+    }
     ~TexturePresenter() override
     {
         SDL_DestroyTexture(m_pVideo);
@@ -63,14 +69,14 @@ private:
     CascadeDims m_VideoDims;
     bool m_bHasPicture = false;
     SDL_Texture* m_pOverlay = nullptr;
-    CascadeDims m_OverlayDims;      // of the texture, which only grows
-    CascadeRect m_OverlayBox;       // what of it is used, and where; empty: nothing above the picture
+    CascadeDims m_OverlayDims;    // of the texture, which only grows
+    CascadeRect m_OverlayBox;    // what of it is used, and where; empty: nothing above the picture
     VideoScaler m_Converter;
 };
 
 bool TexturePresenter::UploadPicture(const host::VideoFrame& frame)
 {
-    const CascadeDims dims{frame.width, frame.height};
+    const CascadeDims dims {frame.width, frame.height};
     if (m_pVideo == nullptr || !(dims == m_VideoDims)) {
         SDL_DestroyTexture(m_pVideo);
         m_pVideo = SDL_CreateTexture(m_pRenderer, SDL_PIXELFORMAT_IYUV, SDL_TEXTUREACCESS_STREAMING, dims.width, dims.height);
@@ -84,7 +90,9 @@ bool TexturePresenter::UploadPicture(const host::VideoFrame& frame)
     const bool fullRange = frame.fullRange && !convert;
     SDL_SetYUVConversionMode(fullRange ? SDL_YUV_CONVERSION_JPEG : frame.bt709 ? SDL_YUV_CONVERSION_BT709 : SDL_YUV_CONVERSION_BT601);
     if (!convert) {
-        return SDL_UpdateYUVTexture(m_pVideo, nullptr, frame.plane[0], frame.stride[0], frame.plane[1], frame.stride[1], frame.plane[2], frame.stride[2]) == 0;
+        return SDL_UpdateYUVTexture(
+                   m_pVideo, nullptr, frame.plane[0], frame.stride[0], frame.plane[1], frame.stride[1], frame.plane[2], frame.stride[2])
+            == 0;
     }
     const int strides[3] = {(dims.width + 127) / 64 * 64, (dims.width / 2 + 127) / 64 * 64, (dims.width / 2 + 127) / 64 * 64};
     const size_t luma = size_t(strides[0]) * size_t(dims.height);
@@ -126,14 +134,13 @@ void TexturePresenter::UploadOverlay(const std::vector<const Layer*>& layers)
         SDL_DestroyTexture(m_pOverlay);
         m_OverlayDims = {std::max(box.width, m_OverlayDims.width), std::max(box.height, m_OverlayDims.height)};
         m_pOverlay = SDL_CreateTexture(m_pRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_STREAMING, m_OverlayDims.width, m_OverlayDims.height);
-        const SDL_BlendMode premultiplied
-            = SDL_ComposeCustomBlendMode(SDL_BLENDFACTOR_ONE, SDL_BLENDFACTOR_ONE_MINUS_SRC_ALPHA, SDL_BLENDOPERATION_ADD, SDL_BLENDFACTOR_ONE,
-                                         SDL_BLENDFACTOR_ONE_MINUS_SRC_ALPHA, SDL_BLENDOPERATION_ADD);
+        const SDL_BlendMode premultiplied = SDL_ComposeCustomBlendMode(SDL_BLENDFACTOR_ONE, SDL_BLENDFACTOR_ONE_MINUS_SRC_ALPHA,
+            SDL_BLENDOPERATION_ADD, SDL_BLENDFACTOR_ONE, SDL_BLENDFACTOR_ONE_MINUS_SRC_ALPHA, SDL_BLENDOPERATION_ADD);
         if (m_pOverlay == nullptr || SDL_SetTextureBlendMode(m_pOverlay, premultiplied) != 0) {
             return;
         }
     }
-    const SDL_Rect part{0, 0, box.width, box.height};
+    const SDL_Rect part {0, 0, box.width, box.height};
     if (SDL_UpdateTexture(m_pOverlay, &part, cairo_image_surface_get_data(composed.get()), cairo_image_surface_get_stride(composed.get())) == 0) {
         m_OverlayBox = box;
     }
@@ -159,7 +166,7 @@ void TexturePresenter::Draw(const Scene& scene)
         SDL_RenderCopy(m_pRenderer, m_pVideo, &from, &to);
     }
     if (!m_OverlayBox.IsEmpty()) {
-        const SDL_Rect from{0, 0, m_OverlayBox.width, m_OverlayBox.height};
+        const SDL_Rect from {0, 0, m_OverlayBox.width, m_OverlayBox.height};
         const SDL_Rect to = ToSdl(m_OverlayBox);
         SDL_RenderCopy(m_pRenderer, m_pOverlay, &from, &to);
     }
@@ -185,8 +192,9 @@ SurfacePtr TexturePresenter::Capture(const Scene& scene)
     Update(scene, everything);
     Draw(scene);
     // Before presenting: afterwards the back buffer is undefined.
-    if (SDL_RenderReadPixels(m_pRenderer, nullptr, SDL_PIXELFORMAT_RGB888, cairo_image_surface_get_data(copy.get()),
-                             cairo_image_surface_get_stride(copy.get())) != 0) {
+    if (SDL_RenderReadPixels(
+            m_pRenderer, nullptr, SDL_PIXELFORMAT_RGB888, cairo_image_surface_get_data(copy.get()), cairo_image_surface_get_stride(copy.get()))
+        != 0) {
         return nullptr;
     }
     cairo_surface_mark_dirty(copy.get());

@@ -56,7 +56,7 @@ void TimerQueue::RunDue(Clock::time_point now, const std::function<bool()>& afte
         Timer& timer = found->second;
         const auto missed = (now - timer.due) / timer.period;
         timer.due += timer.period * (missed + 1);    // the next beat that is still ahead
-        timer.owner->OnTimer(id);                    // may kill itself and others
+        timer.owner->OnTimer(id);    // may kill itself and others
         if (!afterEach()) {
             return;
         }

@@ -15,7 +15,10 @@ struct Box {
     bool IsEmpty() const { return Width() <= 0 || Height() <= 0; }
 };
 
-Box Common(const Box& a, const Box& b) { return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)}; }
+Box Common(const Box& a, const Box& b)
+{
+    return {std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right), std::min(a.bottom, b.bottom)};
+}
 
 // From nominal to real pixels; an empty rectangle is the whole output.
 Box OnOutput(const CascadeRect& rect, const VideoLayout& layout)
@@ -62,7 +65,7 @@ VideoGeometry LayOutVideo(const VideoLayout& layout)
     }
     const bool usable = std::isfinite(layout.aspect) && layout.aspect > 0;
     const double aspect = usable ? layout.aspect : double(picture.width) / picture.height;
-    const Box full{0, 0, double(layout.output.width), double(layout.output.height)};
+    const Box full {0, 0, double(layout.output.width), double(layout.output.height)};
     const Box laidOut = layout.stretch ? full : Fit(aspect, full);
     const Box kept = Common(OnOutput(layout.placement.output, layout), laidOut);
     const Box room = OnOutput(layout.placement.scale, layout);
@@ -78,8 +81,12 @@ VideoGeometry LayOutVideo(const VideoLayout& layout)
     const auto back = [](double value, double from, double size, double keptFrom, double keptSize, double laidFrom, double laidSize, int pixels) {
         return (keptFrom + (value - from) / size * keptSize - laidFrom) / laidSize * pixels;
     };
-    const auto x = [&](double value) { return back(value, target.left, target.Width(), kept.left, kept.Width(), laidOut.left, laidOut.Width(), picture.width); };
-    const auto y = [&](double value) { return back(value, target.top, target.Height(), kept.top, kept.Height(), laidOut.top, laidOut.Height(), picture.height); };
+    const auto x = [&](double value) {
+        return back(value, target.left, target.Width(), kept.left, kept.Width(), laidOut.left, laidOut.Width(), picture.width);
+    };
+    const auto y = [&](double value) {
+        return back(value, target.top, target.Height(), kept.top, kept.Height(), laidOut.top, laidOut.Height(), picture.height);
+    };
 
     VideoGeometry geometry;
     CutEven(x(seen.left), x(seen.right), picture.width, geometry.source.left, geometry.source.width);

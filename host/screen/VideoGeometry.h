@@ -10,14 +10,14 @@
 namespace screen {
 
 struct VideoGeometry {
-    CascadeRect source;         // empty: nothing of the picture is to be seen
+    CascadeRect source;    // empty: nothing of the picture is to be seen
     CascadeRect destination;    // within the output
     friend bool operator==(const VideoGeometry&, const VideoGeometry&) = default;
 };
 
 struct VideoLayout {
     CascadeDims picture;
-    double aspect = 0;               // of the whole picture as displayed; 0 or less: that of its pixels
+    double aspect = 0;    // of the whole picture as displayed; 0 or less: that of its pixels
     CascadeDims nominal;
     host::VideoPlacement placement;
     CascadeDims output;

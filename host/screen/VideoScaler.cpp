@@ -30,17 +30,20 @@ AVPixelFormat FormatOf(host::PixelFormat format)
 
 }    // namespace
 
-VideoScaler::~VideoScaler() { sws_freeContext(m_pContext); }
+VideoScaler::~VideoScaler()
+{
+    sws_freeContext(m_pContext);
+}
 
 bool VideoScaler::Prepare(const host::VideoFrame& frame, CascadeDims from, CascadeDims to, bool toYuv)
 {
-    const Task task{from, to, frame.format, frame.bt709, frame.fullRange, toYuv};
+    const Task task {from, to, frame.format, frame.bt709, frame.fullRange, toYuv};
     if (m_pContext != nullptr && task == m_Task) {
         return true;
     }
     sws_freeContext(m_pContext);
     m_pContext = sws_getContext(from.width, from.height, FormatOf(frame.format), to.width, to.height, toYuv ? AV_PIX_FMT_YUV420P : AV_PIX_FMT_BGRA,
-                                SWS_FAST_BILINEAR, nullptr, nullptr, nullptr);
+        SWS_FAST_BILINEAR, nullptr, nullptr, nullptr);
     if (m_pContext == nullptr) {
         return false;
     }
@@ -55,9 +58,8 @@ bool VideoScaler::Run(const host::VideoFrame& frame, const CascadeRect& source, 
 {
     const int shiftX = frame.format == host::PixelFormat::kYuv444 ? 0 : 1;
     const int shiftY = frame.format == host::PixelFormat::kYuv420 ? 1 : 0;
-    const auto chroma = [&](int index) {
-        return frame.plane[index] + std::ptrdiff_t(source.top >> shiftY) * frame.stride[index] + (source.left >> shiftX);
-    };
+    const auto chroma
+        = [&](int index) { return frame.plane[index] + std::ptrdiff_t(source.top >> shiftY) * frame.stride[index] + (source.left >> shiftX); };
     const uint8_t* const from[4] = {frame.plane[0] + std::ptrdiff_t(source.top) * frame.stride[0] + source.left, chroma(1), chroma(2), nullptr};
     const int fromStrides[4] = {frame.stride[0], frame.stride[1], frame.stride[2], 0};
     return sws_scale(m_pContext, from, fromStrides, 0, source.height, planes, strides) > 0;
@@ -78,7 +80,8 @@ bool VideoScaler::Scale(const host::VideoFrame& frame, const CascadeRect& source
     if (!frame || source.IsEmpty() || size.width <= 0 || size.height <= 0 || !Prepare(frame, {source.width, source.height}, size, false)) {
         return false;
     }
-    const bool direct = reinterpret_cast<uintptr_t>(target) % kDirectAlignment == 0 && stride % kDirectAlignment == 0 && size.width % kVectorPixels == 0;
+    const bool direct
+        = reinterpret_cast<uintptr_t>(target) % kDirectAlignment == 0 && stride % kDirectAlignment == 0 && size.width % kVectorPixels == 0;
     if (direct) {
         uint8_t* const planes[4] = {target, nullptr, nullptr, nullptr};
         const int strides[4] = {stride, 0, 0, 0};
@@ -101,7 +104,7 @@ bool VideoScaler::Scale(const host::VideoFrame& frame, const CascadeRect& source
 
 bool VideoScaler::ToLimited420(const host::VideoFrame& frame, uint8_t* const planes[3], const int strides[3])
 {
-    const CascadeDims size{frame.width, frame.height};
+    const CascadeDims size {frame.width, frame.height};
     if (!frame || !Prepare(frame, size, size, true)) {
         return false;
     }

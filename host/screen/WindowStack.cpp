@@ -158,15 +158,15 @@ Layer WindowStack::PaintWindow(CascadeWindow& window, CascadeDims output)
     }
     const CascadeDims device = DeviceDims(painted);
     const CascadeRect* const touched = TouchedArea(painted);
-    const CascadeRect visible = VisibleArea(painted, touched != nullptr ? *touched : CascadeRect{0, 0, device.width, device.height});
+    const CascadeRect visible = VisibleArea(painted, touched != nullptr ? *touched : CascadeRect {0, 0, device.width, device.height});
     if (visible.IsEmpty()) {
         return {};
     }
     const double scale = ScaleFor(output);
     const CascadePoint origin = OriginOnOutput(output);
     Layer layer;
-    layer.box = {origin.x + int(std::lround(rect.left * scale)) + visible.left, origin.y + int(std::lround(rect.top * scale)) + visible.top, visible.width,
-                 visible.height};
+    layer.box = {origin.x + int(std::lround(rect.left * scale)) + visible.left, origin.y + int(std::lround(rect.top * scale)) + visible.top,
+        visible.width, visible.height};
     layer.pixels = CreateSurface(visible.width, visible.height, 1);
     if (layer.pixels == nullptr) {
         return {};

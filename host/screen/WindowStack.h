@@ -40,14 +40,14 @@ public:
     // Paints what asked for it, and answers the part of the output that looks different now.
     CascadeRect Paint(CascadeDims output);
     const std::vector<const Layer*>& Layers() const { return m_Layers; }    // lowest first
-    std::vector<std::string> Titles() const;                                // lowest first
+    std::vector<std::string> Titles() const;    // lowest first
 
 private:
     struct Entry {
         CascadeWindow* window = nullptr;
         int plane = 0;
-        unsigned long number = 0;        // ascending in the order of appearance
-        unsigned long focusTurn = 0;     // when it had the focus last; 0: never
+        unsigned long number = 0;    // ascending in the order of appearance
+        unsigned long focusTurn = 0;    // when it had the focus last; 0: never
         bool needsPaint = true;
         Layer layer;
     };
@@ -58,7 +58,7 @@ private:
 
     std::vector<std::unique_ptr<Entry>> m_Entries;    // lowest first
     std::vector<const Layer*> m_Layers;
-    CascadeRect m_Damage;                             // of windows that left
+    CascadeRect m_Damage;    // of windows that left
     CascadeWindow* m_pFocus = nullptr;
     unsigned long m_nNumber = 0;
 };

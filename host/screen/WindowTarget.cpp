@@ -14,7 +14,10 @@ bool IsOurFormat(const SDL_Surface* surface)
 
 class WindowTarget : public SurfaceTarget {
 public:
-    explicit WindowTarget(SDL_Window* window) : m_pWindow(window) {}
+    explicit WindowTarget(SDL_Window* window)
+        : m_pWindow(window)
+    {
+    }
     ~WindowTarget() override { SDL_FreeSurface(m_pOwn); }
 
     CascadeDims Dims() const override

@@ -31,7 +31,10 @@ using FreeMemory = int(void*);
 using ErrorHandler = int(void* display, void* error);
 using SetErrorHandler = ErrorHandler*(ErrorHandler*);
 
-int GoOn(void*, void*) { return 0; }
+int GoOn(void*, void*)
+{
+    return 0;
+}
 
 // Extended Window Manager Hints, "_NET_SUPPORTING_WM_CHECK": on the root window while a manager runs.
 bool RootHasCheck(const Xlib& x, void* display)

@@ -16,6 +16,7 @@
 #include "host/screen/TextEngine.h"
 #include "platform/CascadeSharedMemZone.h"
 #include "tests/screen/Print.h"
+#include "tests/screen/RedJpeg.h"
 
 namespace {
 
@@ -40,21 +41,6 @@ struct FolderTest : BitmapTest {
     void WriteBytes(const std::string& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
     char folder[32] = "/tmp/nuvid-bitmap-XXXXXX";
 };
-
-// A red picture of 40 x 24 in baseline JPEG. Its frame header (height and width) stands at kJpegSize.
-constexpr unsigned char kRedJpeg[] = {
-    0xFF, 0xD8, 0xFF, 0xE0, 0x00, 0x10, 0x4A, 0x46, 0x49, 0x46, 0x00, 0x01, 0x02, 0x00, 0x00, 0x01, 0x00, 0x01, 0x00, 0x00, 0xFF, 0xFE, 0x00, 0x10,
-    0x4C, 0x61, 0x76, 0x63, 0x35, 0x39, 0x2E, 0x33, 0x37, 0x2E, 0x31, 0x30, 0x30, 0x00, 0xFF, 0xDB, 0x00, 0x43, 0x00, 0x08, 0x14, 0x14, 0x17, 0x14,
-    0x17, 0x1B, 0x1B, 0x1B, 0x1B, 0x1B, 0x1B, 0x20, 0x1E, 0x20, 0x21, 0x21, 0x21, 0x20, 0x20, 0x20, 0x20, 0x21, 0x21, 0x21, 0x24, 0x24, 0x24, 0x2A,
-    0x2A, 0x2A, 0x24, 0x24, 0x24, 0x21, 0x21, 0x24, 0x24, 0x28, 0x28, 0x2A, 0x2A, 0x2E, 0x2F, 0x2E, 0x2B, 0x2B, 0x2A, 0x2B, 0x2F, 0x2F, 0x32, 0x32,
-    0x32, 0x3C, 0x3C, 0x39, 0x39, 0x46, 0x46, 0x48, 0x56, 0x56, 0x67, 0xFF, 0xC4, 0x00, 0x4D, 0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x06, 0x01, 0x01, 0x01, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x00, 0x00, 0x00, 0x00, 0x06, 0x07, 0x10, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-    0x11, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xFF, 0xC0, 0x00, 0x11, 0x08, 0x00,
-    0x18, 0x00, 0x28, 0x03, 0x01, 0x22, 0x00, 0x02, 0x11, 0x00, 0x03, 0x11, 0x00, 0xFF, 0xDA, 0x00, 0x0C, 0x03, 0x01, 0x00, 0x02, 0x11, 0x03, 0x11,
-    0x00, 0x3F, 0x00, 0x8B, 0x01, 0x28, 0xDF, 0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x01, 0xFF, 0xD9,
-};
-constexpr size_t kJpegSize = 191;
 
 bool InkIn(const CascadeBitmap& bitmap, CascadeRect area)
 {
@@ -109,8 +95,8 @@ TEST_F(BitmapTest, ShapesStayInsideTheirRectangles)
     const auto* const surface = static_cast<cairo_surface_t*>(bitmap.NativeSurface());
     const CascadeRect* const touched = screen::TouchedArea(const_cast<cairo_surface_t*>(surface));
     ASSERT_NE(nullptr, touched);
-    EXPECT_EQ((CascadeRect{0, 10, 100, 50}), *touched);
-    EXPECT_EQ((CascadeRect{0, 10, 100, 50}), screen::VisibleArea(static_cast<cairo_surface_t*>(bitmap.NativeSurface()), {0, 0, 100, 60}));
+    EXPECT_EQ((CascadeRect {0, 10, 100, 50}), *touched);
+    EXPECT_EQ((CascadeRect {0, 10, 100, 50}), screen::VisibleArea(static_cast<cairo_surface_t*>(bitmap.NativeSurface()), {0, 0, 100, 60}));
 }
 
 TEST_F(BitmapTest, EveryDrawingIsInsideTheTouchedArea)
@@ -121,12 +107,24 @@ TEST_F(BitmapTest, EveryDrawingIsInsideTheTouchedArea)
         ASSERT_TRUE(icon.Create(7, 7));
         icon.Fill(0xFFFFFFFF);
         const std::vector<void (*)(CascadeBitmap&, const CascadeBitmap&)> drawings = {
-            [](CascadeBitmap& b, const CascadeBitmap&) { b.TextOut({13, 5}, "ÅjÿẬ 日本 fi 🎬", CascadeFont("system", 30), 0xFFFFFFFF); },
-            [](CascadeBitmap& b, const CascadeBitmap&) { b.WrappedTextOut({13, 5, 80, 50}, "jumping over", CascadeFont("system", 21), 0xFFFFFFFF); },
-            [](CascadeBitmap& b, const CascadeBitmap&) { b.FillRoundedRect({33, 7, 11, 9}, 3, 0xFFFFFFFF); },
-            [](CascadeBitmap& b, const CascadeBitmap&) { b.StrokeRoundedRect({33, 7, 11, 9}, 3, 1.5, 0xFFFFFFFF); },
-            [](CascadeBitmap& b, const CascadeBitmap& i) { b.Blit({-3, 91}, i); },
-            [](CascadeBitmap& b, const CascadeBitmap& i) { b.StretchBlit({51, 3, 101, 33}, i); },
+            [](CascadeBitmap& b, const CascadeBitmap&) {
+                b.TextOut({13, 5}, "ÅjÿẬ 日本 fi 🎬", CascadeFont("system", 30), 0xFFFFFFFF);
+            },
+            [](CascadeBitmap& b, const CascadeBitmap&) {
+                b.WrappedTextOut({13, 5, 80, 50}, "jumping over", CascadeFont("system", 21), 0xFFFFFFFF);
+            },
+            [](CascadeBitmap& b, const CascadeBitmap&) {
+                b.FillRoundedRect({33, 7, 11, 9}, 3, 0xFFFFFFFF);
+            },
+            [](CascadeBitmap& b, const CascadeBitmap&) {
+                b.StrokeRoundedRect({33, 7, 11, 9}, 3, 1.5, 0xFFFFFFFF);
+            },
+            [](CascadeBitmap& b, const CascadeBitmap& i) {
+                b.Blit({-3, 91}, i);
+            },
+            [](CascadeBitmap& b, const CascadeBitmap& i) {
+                b.StretchBlit({51, 3, 101, 33}, i);
+            },
         };
         for (size_t i = 0; i < drawings.size(); ++i) {
             CascadeBitmap bitmap;
@@ -180,7 +178,7 @@ TEST_F(BitmapTest, TextHasTheSameWidthOnEveryOutputAndIsDrawnFiner)
     ASSERT_TRUE(bitmap.Create(width + 20, 30));
     bitmap.TextOut({10, 0}, "Movie title 7", font, 0xFFFFFFFF);
     auto* const surface = static_cast<cairo_surface_t*>(bitmap.NativeSurface());
-    EXPECT_EQ((CascadeDims{(width + 20) * 3, 90}), screen::DeviceDims(surface));
+    EXPECT_EQ((CascadeDims {(width + 20) * 3, 90}), screen::DeviceDims(surface));
     const CascadeRect ink = screen::VisibleArea(surface, {0, 0, (width + 20) * 3, 90});
     EXPECT_NEAR(ink.width / 3.0, width, 4);
 }
@@ -239,8 +237,8 @@ TEST_F(BitmapTest, ZonesAreReadWithinTheirBounds)
     EXPECT_EQ(0xFF800AFFU, bitmap.GetPixel(6, 6));
     EXPECT_EQ(0U, bitmap.GetPixel(7, 5));
     EXPECT_TRUE(bitmap.BlitFromSharedZone({0, 0}, zone, 8, 4, 3, 32, {2, 2, 100, 100}));    // only what is there
-    EXPECT_FALSE(bitmap.BlitFromSharedZone({0, 0}, zone, 9, 4, 3, 32, {0, 0, 4, 3}));       // one byte too few
-    EXPECT_FALSE(bitmap.BlitFromSharedZone({0, 0}, zone, ~size_t{0}, 4, 3, 32, {0, 0, 4, 3}));
+    EXPECT_FALSE(bitmap.BlitFromSharedZone({0, 0}, zone, 9, 4, 3, 32, {0, 0, 4, 3}));    // one byte too few
+    EXPECT_FALSE(bitmap.BlitFromSharedZone({0, 0}, zone, ~size_t {0}, 4, 3, 32, {0, 0, 4, 3}));
     EXPECT_FALSE(bitmap.BlitFromSharedZone({0, 0}, zone, 0, 65501, 1, 32, {0, 0, 1, 1}));
     EXPECT_FALSE(bitmap.BlitFromSharedZone({0, 0}, zone, 0, 4, 3, 16, {0, 0, 4, 3}));
     EXPECT_FALSE(bitmap.BlitFromSharedZone({0, 0}, zone, 0, -4, 3, 32, {0, 0, 4, 3}));
@@ -255,7 +253,7 @@ TEST_F(FolderTest, AFinerPictureIsUsedWhereItIsSharper)
     WritePng("icon@3x.png", 30, 30, 0x0000FFFF);
     CascadeBitmap icon;
     ASSERT_TRUE(icon.CreateFromFile(plain.c_str()));
-    EXPECT_EQ((CascadeDims{10, 10}), icon.GetDims());
+    EXPECT_EQ((CascadeDims {10, 10}), icon.GetDims());
     CascadeBitmap page;
     ASSERT_TRUE(page.Create(100, 50));
     page.Blit({0, 0}, icon);
@@ -306,7 +304,7 @@ TEST_F(FolderTest, JpegIsReadWholeDamagedOrNotAtAll)
     WriteBytes(path, bytes);
     CascadeBitmap bitmap;
     ASSERT_TRUE(bitmap.CreateFromFile(path.c_str()));
-    EXPECT_EQ((CascadeDims{40, 24}), bitmap.GetDims());
+    EXPECT_EQ((CascadeDims {40, 24}), bitmap.GetDims());
     const CascadeColor pixel = bitmap.GetPixel(20, 12);
     EXPECT_GT(pixel >> 24, 0xF0U);
     EXPECT_LT(pixel >> 16 & 0xFF, 0x10U);
@@ -315,7 +313,7 @@ TEST_F(FolderTest, JpegIsReadWholeDamagedOrNotAtAll)
         WriteBytes(path, bytes.substr(0, at));
         bitmap.CreateFromFile(path.c_str());
         EXPECT_TRUE(!bitmap.IsEmpty() || at < kJpegSize + 40) << at;    // what has begun is shown
-        if (at < kJpegSize || at >= kJpegSize + 4) {                   // sizes come below
+        if (at < kJpegSize || at >= kJpegSize + 4) {    // sizes come below
             std::string flipped = bytes;
             flipped[at] = char(~flipped[at]);
             WriteBytes(path, flipped);
@@ -336,5 +334,5 @@ TEST_F(FolderTest, JpegIsReadWholeDamagedOrNotAtAll)
     EXPECT_FALSE(withSize(65500, 65500));
     EXPECT_FALSE(withSize(0, 40));
     ASSERT_TRUE(withSize(8, 65500));    // wider than a surface can be: kept coarser, but measured in full
-    EXPECT_EQ((CascadeDims{65500, 8}), bitmap.GetDims());
+    EXPECT_EQ((CascadeDims {65500, 8}), bitmap.GetDims());
 }

@@ -94,7 +94,8 @@ struct Shot {
         if (x < 0 || y < 0 || x >= dims.width || y >= dims.height) {
             return 0xDEAD0000;
         }
-        const unsigned char* const row = cairo_image_surface_get_data(surface.get()) + size_t(y) * size_t(cairo_image_surface_get_stride(surface.get()));
+        const unsigned char* const row
+            = cairo_image_surface_get_data(surface.get()) + size_t(y) * size_t(cairo_image_surface_get_stride(surface.get()));
         return reinterpret_cast<const uint32_t*>(row)[x] & 0xFFFFFF;
     }
 };
@@ -114,8 +115,14 @@ struct Shot {
 // BT.601, limited range.
 constexpr unsigned kGreen = 0x00FF00;
 constexpr unsigned kRed = 0xFF0000;
-void ShowGreen(PlainSource& source, CascadeDims dims = {320, 180}, double aspect = 16.0 / 9.0) { source.Show(145, 54, 34, dims, aspect); }
-void ShowRed(PlainSource& source) { source.Show(81, 90, 240); }
+void ShowGreen(PlainSource& source, CascadeDims dims = {320, 180}, double aspect = 16.0 / 9.0)
+{
+    source.Show(145, 54, 34, dims, aspect);
+}
+void ShowRed(PlainSource& source)
+{
+    source.Show(81, 90, 240);
+}
 
 struct CompositorTest : LoopTest {
     Shot Composed()
@@ -140,9 +147,9 @@ TEST_F(CompositorTest, PictureBordersAndWindowsEndUpWhereTheyBelong)
     const Shot shot = Composed();
     EXPECT_TRUE(Like(shot.At(640, 360), kGreen));
     EXPECT_TRUE(Like(shot.At(162, 10), kGreen));
-    EXPECT_TRUE(Like(shot.At(158, 10), 0));          // the border beside a 4:3 picture
+    EXPECT_TRUE(Like(shot.At(158, 10), 0));    // the border beside a 4:3 picture
     EXPECT_TRUE(Like(shot.At(120, 150), 0x0000FF));
-    EXPECT_TRUE(Like(shot.At(250, 250), 0x8080FF));  // white of half strength on blue
+    EXPECT_TRUE(Like(shot.At(250, 250), 0x8080FF));    // white of half strength on blue
     EXPECT_TRUE(Like(shot.At(350, 350), 0x80FF80));
     EXPECT_EQ(1, source.presented);
 }
@@ -156,7 +163,7 @@ TEST_F(CompositorTest, RangeAndMatrixAreMinded)
         unsigned grey;
         unsigned colour;    // of Y 145, Cb 54, Cr 34
     };
-    for (const Case& c : {Case{false, false, 0x828282, 0x00FF02}, Case{true, false, 0x808080, 0x0DEE0E}, Case{false, true, 0x828282, 0x00D800}}) {
+    for (const Case& c : {Case {false, false, 0x828282, 0x00FF02}, Case {true, false, 0x808080, 0x0DEE0E}, Case {false, true, 0x828282, 0x00D800}}) {
         source.Show(128, 128, 128);
         source.Next().fullRange = c.fullRange;
         source.Next().bt709 = c.bt709;
@@ -247,10 +254,10 @@ TEST_F(CompositorTest, ResolutionsSwitchTheOutputAndEverythingFollows)
 
     ASSERT_TRUE(CascadeScreen::SetOutputResolution(3));
     EXPECT_EQ(3U, CascadeScreen::GetCurrentOutputResolution());
-    EXPECT_EQ((CascadeDims{3840, 2160}), host::OutputDims());
+    EXPECT_EQ((CascadeDims {3840, 2160}), host::OutputDims());
     CascadeRect full;
     ASSERT_TRUE(CascadeScreen::GetOutputResolutionScaleRect(3, full));
-    EXPECT_EQ((CascadeRect{0, 0, 3840, 2160}), full);
+    EXPECT_EQ((CascadeRect {0, 0, 3840, 2160}), full);
     const Shot fine = Composed();
     EXPECT_TRUE(Like(fine.At(3830, 2150), kGreen));
     EXPECT_TRUE(Like(fine.At(300, 300), kRed));    // one logical pixel is nine here
@@ -260,22 +267,22 @@ TEST_F(CompositorTest, ResolutionsSwitchTheOutputAndEverythingFollows)
     // The logical screen lies in the middle of an output of another shape.
     ASSERT_TRUE(CascadeScreen::SetOutputResolution(4));
     const Shot narrow = Composed();
-    EXPECT_EQ((CascadeDims{720, 576}), screen::DeviceDims(narrow.surface.get()));
+    EXPECT_EQ((CascadeDims {720, 576}), screen::DeviceDims(narrow.surface.get()));
     EXPECT_TRUE(Like(narrow.At(360, 80), 0));
     EXPECT_TRUE(Like(narrow.At(360, 290), kGreen));
-    EXPECT_EQ(CascadeScreen::GetDims(), (CascadeDims{1280, 720}));
+    EXPECT_EQ(CascadeScreen::GetDims(), (CascadeDims {1280, 720}));
     EXPECT_EQ(2, window.paints);    // once for each output that it was seen on
 }
 
 TEST_F(CompositorTest, OutputsOfAnySizeAreDrawnToTheirEdges)
 {
-    for (const CascadeDims dims : {CascadeDims{1366, 768}, {333, 211}, {17, 1000}, {1, 1}}) {
+    for (const CascadeDims dims : {CascadeDims {1366, 768}, {333, 211}, {17, 1000}, {1, 1}}) {
         Start(dims.width, dims.height);
         PlainSource source;
         source.Show(145, 54, 34, {320, 180}, double(dims.width) / dims.height);
         const Shot shot = Composed();
         ASSERT_EQ(dims, screen::DeviceDims(shot.surface.get()));
-        for (const CascadePoint corner : {CascadePoint{0, 0}, {dims.width - 1, 0}, {0, dims.height - 1}, {dims.width - 1, dims.height - 1}}) {
+        for (const CascadePoint corner : {CascadePoint {0, 0}, {dims.width - 1, 0}, {0, dims.height - 1}, {dims.width - 1, dims.height - 1}}) {
             EXPECT_TRUE(Like(shot.At(corner.x, corner.y), kGreen, 3)) << dims.width << " at " << corner.x << "," << corner.y;
         }
     }
@@ -296,7 +303,7 @@ TEST_F(CompositorTest, ScreenshotsAreFilesOfTheirOwn)
     EXPECT_NE(first, second);
     CascadeBitmap read;
     ASSERT_TRUE(read.CreateFromFile(first.c_str()));
-    EXPECT_EQ((CascadeDims{1280, 720}), read.GetDims());
+    EXPECT_EQ((CascadeDims {1280, 720}), read.GetDims());
     EXPECT_TRUE(Like(read.GetPixel(640, 360) >> 8, kGreen));
     ASSERT_EQ(0, chmod((std::string(folder) + "/screenshots").c_str(), 0500));
     if (geteuid() != 0) {

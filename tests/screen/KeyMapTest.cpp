@@ -41,7 +41,7 @@ TEST(KeyMap, ThePageHasTheSameRows)
 {
     std::vector<std::vector<std::string>> page = TableOfPage(NUVID_SOURCE "/docs/remote.md");
     ASSERT_GT(page.size(), 2U);
-    EXPECT_EQ((std::vector<std::string>{"Key", "Remote key", "Code", "While playing"}), page[0]);
+    EXPECT_EQ((std::vector<std::string> {"Key", "Remote key", "Code", "While playing"}), page[0]);
     page.erase(page.begin(), page.begin() + 2);
     ASSERT_EQ(std::size(screen::kKeyMap), page.size());
     for (size_t i = 0; i < page.size(); ++i) {
@@ -57,18 +57,18 @@ TEST(KeyMap, ThePageHasTheSameRows)
 
 TEST(KeyMap, EveryRemoteKeyCanBeHad)
 {
-    for (const uint32_t code : {Remote::kSelect, Remote::kUp, Remote::kDown, Remote::kLeft, Remote::kRight, Remote::kPlay, Remote::kPause, Remote::kPlayPause,
-                                Remote::kStop, Remote::kFastForward, Remote::kRewind, Remote::kNextChapter, Remote::kPrevChapter, Remote::kZoom, Remote::kMenu,
-                                Remote::kInfo, Remote::kExit, Remote::kPower, Remote::kPowerAlternate}) {
+    for (const uint32_t code : {Remote::kSelect, Remote::kUp, Remote::kDown, Remote::kLeft, Remote::kRight, Remote::kPlay, Remote::kPause,
+             Remote::kPlayPause, Remote::kStop, Remote::kFastForward, Remote::kRewind, Remote::kNextChapter, Remote::kPrevChapter, Remote::kZoom,
+             Remote::kMenu, Remote::kInfo, Remote::kExit, Remote::kPower, Remote::kPowerAlternate}) {
         EXPECT_TRUE(std::any_of(std::begin(screen::kKeyMap), std::end(screen::kKeyMap), [&](const auto& row) { return row.code == code; })) << code;
     }
 }
 
 TEST(KeyMap, LettersFollowTheLayout)
 {
-    EXPECT_EQ(Remote::kZoom, RemoteCode(SDL_SCANCODE_Y, SDLK_z));         // German
+    EXPECT_EQ(Remote::kZoom, RemoteCode(SDL_SCANCODE_Y, SDLK_z));    // German
     EXPECT_EQ(0U, RemoteCode(SDL_SCANCODE_Z, SDLK_y));
-    EXPECT_EQ(Remote::kZoom, RemoteCode(SDL_SCANCODE_Z, 0x44F));          // Cyrillic: by place
+    EXPECT_EQ(Remote::kZoom, RemoteCode(SDL_SCANCODE_Z, 0x44F));    // Cyrillic: by place
     EXPECT_EQ(Remote::kExit, RemoteCode(SDL_SCANCODE_ESCAPE, SDLK_ESCAPE));
     EXPECT_EQ(0U, RemoteCode(SDL_SCANCODE_5, SDLK_5));
 }

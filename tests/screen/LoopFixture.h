@@ -49,7 +49,8 @@ public:
 
 class RecordingWindow : public CascadeWindow {
 public:
-    RecordingWindow(Log& log, const char* title, CascadeRect rect = {100, 100, 200, 100}) : m_Log(log)
+    RecordingWindow(Log& log, const char* title, CascadeRect rect = {100, 100, 200, 100})
+        : m_Log(log)
     {
         SetTitle(title);
         SetRect(rect);

@@ -5,8 +5,8 @@
 
 #include "host/base/HostHooks.h"
 #include "platform/CascadeInput.h"
-#include "platform/RemoteKeys.h"
 #include "platform/CascadeTime.h"
+#include "platform/RemoteKeys.h"
 #include "tests/screen/NetworkStub.h"
 
 using namespace std::chrono_literals;
@@ -75,7 +75,7 @@ TEST_F(LoopTest, MessagesArriveInTheOrderOfPostingFromAnyThread)
     for (unsigned i = 0; i < 50; ++i) {
         EXPECT_EQ(Hex("message", i + 1), app.log[i]);
     }
-    EXPECT_EQ((std::vector<unsigned char>{50, 0, 0, 0}), last);
+    EXPECT_EQ((std::vector<unsigned char> {50, 0, 0, 0}), last);
     loop.Stop();
     EXPECT_FALSE(CascadeWormhole("").PostMessage(screen::kWormholeAddress, 1, nullptr, 0));
 }
@@ -89,7 +89,8 @@ struct WaitTest : LoopTest {
     host::WaitResult WaitHere()
     {
         std::unique_lock lock(mutex);
-        return waiter.Wait(lock, [this] { return ready; }, host::Clock::now() + 10s);
+        return waiter.Wait(
+            lock, [this] { return ready; }, host::Clock::now() + 10s);
     }
     void MakeReady()
     {
@@ -144,8 +145,8 @@ TEST_F(WaitTest, KeysGoToTheWaitingHandlerAndTheRestIsHeldBack)
     ASSERT_TRUE(TurnUntil([&] { return std::count(app.log.begin(), app.log.end(), "after") == 1; }));
     server.join();
     Settle();
-    EXPECT_EQ((Log{Hex("waiting", Remote::kStop), "left", Hex("main up", Remote::kFastForward), "message 7", "after"}), Taken());
-    EXPECT_EQ(std::vector{host::WaitResult::kDone}, results);
+    EXPECT_EQ((Log {Hex("waiting", Remote::kStop), "left", Hex("main up", Remote::kFastForward), "message 7", "after"}), Taken());
+    EXPECT_EQ(std::vector {host::WaitResult::kDone}, results);
     EXPECT_FALSE(app.IsWaiting());
 }
 
@@ -165,14 +166,14 @@ TEST_F(WaitTest, EndWaitEndsEveryWaitOfTheEventAndNoLaterOne)
         results.push_back(WaitHere());
     });
     ASSERT_TRUE(TurnUntil([&] { return results.size() == 3; }));
-    EXPECT_EQ((std::vector{host::WaitResult::kInterrupted, host::WaitResult::kInterrupted, host::WaitResult::kDone}), results);
+    EXPECT_EQ((std::vector {host::WaitResult::kInterrupted, host::WaitResult::kInterrupted, host::WaitResult::kDone}), results);
 }
 
 TEST_F(LoopTest, ASignalIsTheExitKeyAndTheSecondOneEnds)
 {
     kill(getpid(), SIGTERM);
     ASSERT_TRUE(TurnUntil([&] { return app.log.size() >= 2; }));
-    EXPECT_EQ((Log{Hex("app down", Remote::kExit), Hex("app up", Remote::kExit)}), Taken());
+    EXPECT_EQ((Log {Hex("app down", Remote::kExit), Hex("app up", Remote::kExit)}), Taken());
     EXPECT_FALSE(loop.HasEnded());
     kill(getpid(), SIGINT);
     ASSERT_TRUE(TurnUntil([&] { return loop.HasEnded(); }));
@@ -231,7 +232,7 @@ TEST(AppRun, TakesHostWordsOutAndEndsWithTheExitCode)
         });
     };
     EXPECT_EQ(5, app.Run(std::size(words), argv));
-    EXPECT_EQ((Log{"init", "exit"}), app.log);
+    EXPECT_EQ((Log {"init", "exit"}), app.log);
     EXPECT_EQ(1, TheNetwork().stops);
 }
 
@@ -245,7 +246,7 @@ TEST(AppRun, TerminateInInitMeansNoLoop)
         app.Terminate(3);
     };
     EXPECT_EQ(3, app.Run(2, argv));
-    EXPECT_EQ((Log{"init", "exit"}), app.log);
+    EXPECT_EQ((Log {"init", "exit"}), app.log);
 }
 
 TEST(AppRun, ABadOptionIsCodeTwo)

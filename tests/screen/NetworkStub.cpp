@@ -17,7 +17,10 @@ bool StartNetworkServices()
     return true;
 }
 
-void StopNetworkServices() { ++TheNetwork().stops; }
+void StopNetworkServices()
+{
+    ++TheNetwork().stops;
+}
 
 void ClaimCommandPrefix(const std::string& prefix, std::function<std::string(const std::string&)> handler)
 {

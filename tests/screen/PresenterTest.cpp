@@ -26,7 +26,7 @@ public:
 struct PresenterTest : ::testing::Test {
     PresenterTest()
     {
-        auto owned = std::make_unique<WatchedTarget>(CascadeDims{400, 240});
+        auto owned = std::make_unique<WatchedTarget>(CascadeDims {400, 240});
         target = owned.get();
         presenter = std::make_unique<SurfacePresenter>(std::move(owned));
         scene.frame = &frame;
@@ -97,7 +97,8 @@ TEST_F(PresenterTest, ManySmallChangesEndAsOneLargeOne)
             owned.erase(owned.begin());
         }
         if (owned.size() < 4 && random() % 2 == 0) {
-            owned.push_back(MakeLayer({int(random() % 380), int(random() % 200), 1 + int(random() % 200), 1 + int(random() % 100)}, 0.2 * double(random() % 6)));
+            owned.push_back(
+                MakeLayer({int(random() % 380), int(random() % 200), 1 + int(random() % 200), 1 + int(random() % 100)}, 0.2 * double(random() % 6)));
             changes.overlay.Unite(owned.back()->box);
         }
         layers.clear();
@@ -122,11 +123,11 @@ TEST_F(PresenterTest, OnlyWhatChangedIsShown)
     Changes overlay;
     overlay.overlay = band->box;
     presenter->Present(scene, overlay);
-    EXPECT_EQ((std::vector<CascadeRect>{{0, 0, 30, 30}}), target->shown);    // beside the picture: that is left alone
+    EXPECT_EQ((std::vector<CascadeRect> {{0, 0, 30, 30}}), target->shown);    // beside the picture: that is left alone
     Changes picture;
     picture.picture = true;
     presenter->Present(scene, picture);
-    EXPECT_EQ((std::vector<CascadeRect>{scene.geometry.destination}), target->shown);
+    EXPECT_EQ((std::vector<CascadeRect> {scene.geometry.destination}), target->shown);
     const int shows = target->shows;
     presenter->Present(scene, {});
     EXPECT_EQ(shows, target->shows);

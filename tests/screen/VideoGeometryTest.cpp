@@ -24,28 +24,28 @@ VideoLayout Layout(CascadeDims picture, double aspect, CascadeDims output = {128
 
 constexpr double kWide = 16.0 / 9.0;
 constexpr double kNarrow = 4.0 / 3.0;
-constexpr CascadeRect kScreen{0, 0, 1280, 720};
+constexpr CascadeRect kScreen {0, 0, 1280, 720};
 
 }    // namespace
 
 TEST(VideoGeometry, AWholePictureKeepsItsShape)
 {
     EXPECT_EQ(kScreen, LayOutVideo(Layout({720, 576}, kWide)).destination);
-    EXPECT_EQ((CascadeRect{0, 0, 720, 576}), LayOutVideo(Layout({720, 576}, kWide)).source);
-    EXPECT_EQ((CascadeRect{160, 0, 960, 720}), LayOutVideo(Layout({720, 576}, kNarrow)).destination);
-    EXPECT_EQ((CascadeRect{0, 88, 1280, 544}), LayOutVideo(Layout({720, 576}, 2.35)).destination);
-    EXPECT_EQ((CascadeRect{0, 60, 640, 360}), LayOutVideo(Layout({1920, 1080}, kWide, {640, 480})).destination);
+    EXPECT_EQ((CascadeRect {0, 0, 720, 576}), LayOutVideo(Layout({720, 576}, kWide)).source);
+    EXPECT_EQ((CascadeRect {160, 0, 960, 720}), LayOutVideo(Layout({720, 576}, kNarrow)).destination);
+    EXPECT_EQ((CascadeRect {0, 88, 1280, 544}), LayOutVideo(Layout({720, 576}, 2.35)).destination);
+    EXPECT_EQ((CascadeRect {0, 60, 640, 360}), LayOutVideo(Layout({1920, 1080}, kWide, {640, 480})).destination);
     // No bar of less than a pixel: 1.7777 is 16:9.
     EXPECT_EQ(kScreen, LayOutVideo(Layout({720, 576}, 1.7777)).destination);
     // Without a usable ratio the pixels are square.
-    EXPECT_EQ((CascadeRect{160, 0, 960, 720}), LayOutVideo(Layout({640, 480}, 0)).destination);
-    EXPECT_EQ((CascadeRect{160, 0, 960, 720}), LayOutVideo(Layout({640, 480}, std::nan(""))).destination);
+    EXPECT_EQ((CascadeRect {160, 0, 960, 720}), LayOutVideo(Layout({640, 480}, 0)).destination);
+    EXPECT_EQ((CascadeRect {160, 0, 960, 720}), LayOutVideo(Layout({640, 480}, std::nan(""))).destination);
 }
 
 TEST(VideoGeometry, OddPicturesAreShownWhole)
 {
-    EXPECT_EQ((CascadeRect{0, 0, 719, 575}), LayOutVideo(Layout({719, 575}, kWide)).source);
-    EXPECT_EQ((CascadeRect{0, 0, 1, 1}), LayOutVideo(Layout({1, 1}, kWide)).source);
+    EXPECT_EQ((CascadeRect {0, 0, 719, 575}), LayOutVideo(Layout({719, 575}, kWide)).source);
+    EXPECT_EQ((CascadeRect {0, 0, 1, 1}), LayOutVideo(Layout({1, 1}, kWide)).source);
 }
 
 TEST(VideoGeometry, AKeptPartIsShownAsLargeAsItsShapeAllows)
@@ -54,19 +54,19 @@ TEST(VideoGeometry, AKeptPartIsShownAsLargeAsItsShapeAllows)
     VideoLayout letterboxed = Layout({720, 576}, kNarrow);
     letterboxed.placement = {{0, 93, 1280, 534}, kScreen};
     const VideoGeometry geometry = LayOutVideo(letterboxed);
-    EXPECT_EQ((CascadeRect{0, 74, 720, 428}), geometry.source);
-    EXPECT_EQ((CascadeRect{0, 4, 1280, 712}), geometry.destination);
+    EXPECT_EQ((CascadeRect {0, 74, 720, 428}), geometry.source);
+    EXPECT_EQ((CascadeRect {0, 4, 1280, 712}), geometry.destination);
 
     // Both directions: the same part of a 16:9 picture fills the screen.
     VideoLayout boxed = Layout({1920, 1080}, kWide);
     boxed.placement = {{198, 111, 884, 498}, kScreen};
-    EXPECT_EQ((CascadeRect{1, 0, 1278, 720}), LayOutVideo(boxed).destination);
-    EXPECT_EQ((CascadeRect{298, 166, 1326, 748}), LayOutVideo(boxed).source);
+    EXPECT_EQ((CascadeRect {1, 0, 1278, 720}), LayOutVideo(boxed).destination);
+    EXPECT_EQ((CascadeRect {298, 166, 1326, 748}), LayOutVideo(boxed).source);
 
     // Sides cut off: a narrower picture in the middle.
     VideoLayout sides = Layout({1920, 1080}, kWide);
     sides.placement = {{198, 0, 884, 720}, kScreen};
-    EXPECT_EQ((CascadeRect{198, 0, 884, 720}), LayOutVideo(sides).destination);
+    EXPECT_EQ((CascadeRect {198, 0, 884, 720}), LayOutVideo(sides).destination);
 }
 
 TEST(VideoGeometry, TheScaleRectangleIsTheRoom)
@@ -74,9 +74,9 @@ TEST(VideoGeometry, TheScaleRectangleIsTheRoom)
     VideoLayout layout = Layout({1920, 1080}, kWide);
     layout.placement.scale = {0, 86, 1280, 548};
     const CascadeRect shown = LayOutVideo(layout).destination;
-    EXPECT_EQ((CascadeRect{153, 86, 974, 548}), shown);
+    EXPECT_EQ((CascadeRect {153, 86, 974, 548}), shown);
     layout.stretch = true;
-    EXPECT_EQ((CascadeRect{0, 86, 1280, 548}), LayOutVideo(layout).destination);
+    EXPECT_EQ((CascadeRect {0, 86, 1280, 548}), LayOutVideo(layout).destination);
 }
 
 TEST(VideoGeometry, StretchingFillsWhatItIsGiven)
@@ -86,7 +86,7 @@ TEST(VideoGeometry, StretchingFillsWhatItIsGiven)
     EXPECT_EQ(kScreen, LayOutVideo(layout).destination);
     layout.placement = {{0, 93, 1280, 534}, kScreen};
     EXPECT_EQ(kScreen, LayOutVideo(layout).destination);
-    EXPECT_EQ((CascadeRect{0, 74, 720, 428}), LayOutVideo(layout).source);
+    EXPECT_EQ((CascadeRect {0, 74, 720, 428}), LayOutVideo(layout).source);
 }
 
 TEST(VideoGeometry, RectanglesFollowAWindowOfAnotherSize)
@@ -95,7 +95,7 @@ TEST(VideoGeometry, RectanglesFollowAWindowOfAnotherSize)
     layout.nominal = {1920, 1080};
     layout.output = {640, 360};
     layout.placement = {{0, 0, 1920, 1080}, {480, 270, 960, 540}};
-    EXPECT_EQ((CascadeRect{160, 90, 320, 180}), LayOutVideo(layout).destination);
+    EXPECT_EQ((CascadeRect {160, 90, 320, 180}), LayOutVideo(layout).destination);
 }
 
 TEST(VideoGeometry, WhatReachesBeyondTheOutputIsCutOff)
@@ -103,8 +103,8 @@ TEST(VideoGeometry, WhatReachesBeyondTheOutputIsCutOff)
     VideoLayout layout = Layout({1280, 720}, kWide);
     layout.placement.scale = {-640, -360, 1280, 720};
     const VideoGeometry geometry = LayOutVideo(layout);
-    EXPECT_EQ((CascadeRect{0, 0, 640, 360}), geometry.destination);
-    EXPECT_EQ((CascadeRect{640, 360, 640, 360}), geometry.source);
+    EXPECT_EQ((CascadeRect {0, 0, 640, 360}), geometry.destination);
+    EXPECT_EQ((CascadeRect {640, 360, 640, 360}), geometry.source);
     layout.placement.scale = {2000, 0, 100, 100};
     EXPECT_TRUE(LayOutVideo(layout).source.IsEmpty());
     layout.placement = {{5000, 0, 10, 10}, kScreen};
@@ -126,7 +126,7 @@ TEST(VideoGeometry, NothingIsEverOutOfBounds)
         layout.stretch = number(0, 1) == 1;
         layout.nominal = {number(1, 4000), number(1, 2200)};
         layout.placement = {{number(-500, 2000), number(-500, 2000), number(0, 3000), number(0, 3000)},
-                            {number(-500, 2000), number(-500, 2000), number(0, 3000), number(0, 3000)}};
+            {number(-500, 2000), number(-500, 2000), number(0, 3000), number(0, 3000)}};
         const VideoGeometry geometry = LayOutVideo(layout);
         if (geometry.source.IsEmpty()) {
             continue;

@@ -15,20 +15,22 @@ TEST_F(LoopTest, KeysGoToTheFocusAndThenToTheApplication)
     menu.Materialize(CascadeWindow::kPlane1);
     EXPECT_TRUE(main.HasFocus());
     menu.TakeFocus();
-    EXPECT_EQ((Log{"main focus", "main appears", "menu appears", "main blur", "menu focus"}), Taken());
+    EXPECT_EQ((Log {"main focus", "main appears", "menu appears", "main blur", "menu focus"}), Taken());
     for (const uint32_t key : {Remote::kUp, Remote::kSelect}) {
         CascadeInput::DispatchKeyDown(key);
         CascadeInput::DispatchKeyUp(key);
     }
     Settle();
-    EXPECT_EQ((Log{Hex("menu nav", Remote::kUp), Hex("menu up", Remote::kUp), Hex("menu down", Remote::kSelect), Hex("menu up", Remote::kSelect)}), Taken());
+    EXPECT_EQ((Log {Hex("menu nav", Remote::kUp), Hex("menu up", Remote::kUp), Hex("menu down", Remote::kSelect), Hex("menu up", Remote::kSelect)}),
+        Taken());
 
     menu.Vanish();
-    EXPECT_EQ((Log{"main focus", "menu vanishes"}), Taken());
+    EXPECT_EQ((Log {"main focus", "menu vanishes"}), Taken());
     CascadeInput::DispatchKeyDown(Remote::kDown);
     CascadeInput::DispatchKeyUp(Remote::kDown);
     Settle();
-    EXPECT_EQ((Log{Hex("main nav", Remote::kDown), Hex("app down", Remote::kDown), Hex("main up", Remote::kDown), Hex("app up", Remote::kDown)}), Taken());
+    EXPECT_EQ(
+        (Log {Hex("main nav", Remote::kDown), Hex("app down", Remote::kDown), Hex("main up", Remote::kDown), Hex("app up", Remote::kDown)}), Taken());
 }
 
 TEST_F(LoopTest, ANavigationKeyHandsTheFocusToTheNextWindow)
@@ -43,7 +45,8 @@ TEST_F(LoopTest, ANavigationKeyHandsTheFocusToTheNextWindow)
     Push(Kind::kKeyUp, Remote::kRight, "", 80);
     Taken();
     Settle();
-    EXPECT_EQ((Log{Hex("left nav", Remote::kRight), "left blur", "right focus", Hex("right nav", Remote::kRight), Hex("right up", Remote::kRight)}), Taken());
+    EXPECT_EQ((Log {Hex("left nav", Remote::kRight), "left blur", "right focus", Hex("right nav", Remote::kRight), Hex("right up", Remote::kRight)}),
+        Taken());
 }
 
 TEST_F(LoopTest, AHeldKeyThatClosesAWindowMeansNothingBelowIt)
@@ -60,13 +63,14 @@ TEST_F(LoopTest, AHeldKeyThatClosesAWindowMeansNothingBelowIt)
     Push(Kind::kKeyDown, Remote::kExit, "", 42, true);
     Push(Kind::kKeyUp, Remote::kExit, "", 42);
     Settle();
-    EXPECT_EQ((Log{Hex("menu down", Remote::kExit), "menu blur", "main focus", "menu vanishes"}).size(), app.log.size() + 1);    // no blur for one that left
+    EXPECT_EQ((Log {Hex("menu down", Remote::kExit), "menu blur", "main focus", "menu vanishes"}).size(),
+        app.log.size() + 1);    // no blur for one that left
     for (const std::string& line : Taken()) {
         EXPECT_NE(0U, line.rfind("app", 0)) << line;
     }
     Push(Kind::kKeyDown, Remote::kExit, "", 42);
     Settle();
-    EXPECT_EQ((Log{Hex("main down", Remote::kExit), Hex("app down", Remote::kExit)}), Taken());
+    EXPECT_EQ((Log {Hex("main down", Remote::kExit), Hex("app down", Remote::kExit)}), Taken());
 }
 
 TEST_F(LoopTest, TypedCharactersComeFirstWhereTheyAreWanted)
@@ -81,7 +85,7 @@ TEST_F(LoopTest, TypedCharactersComeFirstWhereTheyAreWanted)
     Push(Kind::kKeyUp, Remote::kExit, "", 20);
     Push(Kind::kKeyDown, 0, "5", 30);
     Settle();
-    EXPECT_EQ((Log{Hex("main down", Remote::kExit), Hex("main up", Remote::kExit), "main text 5"}), Taken());
+    EXPECT_EQ((Log {Hex("main down", Remote::kExit), Hex("main up", Remote::kExit), "main text 5"}), Taken());
 
     keyboard.TakeFocus();
     keyboard.takesText = true;
@@ -93,12 +97,12 @@ TEST_F(LoopTest, TypedCharactersComeFirstWhereTheyAreWanted)
     Push(Kind::kKeyDown, Remote::kSelect, "", 40);
     Push(Kind::kText, 0, "é");
     Settle();
-    EXPECT_EQ((Log{"keyboard text q", "keyboard text q", "keyboard text \b", Hex("keyboard down", Remote::kSelect), "keyboard text é"}), Taken());
+    EXPECT_EQ((Log {"keyboard text q", "keyboard text q", "keyboard text \b", Hex("keyboard down", Remote::kSelect), "keyboard text é"}), Taken());
 
     keyboard.takesText = false;    // not here: then it is the key after all
     Push(Kind::kKeyDown, Remote::kZoom, "z", 29);
     Settle();
-    EXPECT_EQ((Log{"keyboard text z", Hex("keyboard down", Remote::kZoom)}), Taken());
+    EXPECT_EQ((Log {"keyboard text z", Hex("keyboard down", Remote::kZoom)}), Taken());
 }
 
 TEST_F(LoopTest, TheFocusReturnsPastWindowsThatNeverHadIt)
@@ -113,7 +117,7 @@ TEST_F(LoopTest, TheFocusReturnsPastWindowsThatNeverHadIt)
     picture.Materialize(CascadeWindow::kPlane1);
     dialog.Materialize(CascadeWindow::kPlane2);
     dialog.TakeFocus();
-    EXPECT_EQ((std::vector<std::string>{"main", "list", "picture", "dialog"}), host::Hooks().windowTitles());
+    EXPECT_EQ((std::vector<std::string> {"main", "list", "picture", "dialog"}), host::Hooks().windowTitles());
     dialog.Vanish();
     EXPECT_TRUE(list.HasFocus());
     list.Vanish();
@@ -140,7 +144,7 @@ TEST_F(LoopTest, WindowsMayEndThemselvesAndOthersInTheirOwnCalls)
     CascadeInput::DispatchKeyUp(Remote::kExit);
     Settle();
     EXPECT_EQ(nullptr, victim);
-    EXPECT_EQ((std::vector<std::string>{"painter"}), host::Hooks().windowTitles());
+    EXPECT_EQ((std::vector<std::string> {"painter"}), host::Hooks().windowTitles());
     EXPECT_TRUE(painter->HasFocus());
     delete painter;
     EXPECT_TRUE(host::Hooks().windowTitles().empty());
