@@ -100,6 +100,14 @@ void Present::Push(Opening::Number opening, TimedPicture picture)
 
 bool Present::IsTooLate(int64_t ticks, int64_t duration) const
 {
+    {
+        std::lock_guard lock(m_Mutex);
+        for (const TimedPicture& picture : m_Queue) {
+            if (picture.afterDrought) {
+                return false;    // the clock may be set back when that one is shown
+            }
+        }
+    }
     return m_Clock.IsRunning() && m_Clock.TicksAt(Clock::now()) > ticks + duration + kTooLateTicks;
 }
 

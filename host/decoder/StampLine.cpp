@@ -147,6 +147,10 @@ int64_t StampLine::PlaceUnjudged(Kind kind, int64_t raw, bool exact)
         return Keep(track, track.last + step);
     }
     const bool sameClock = other.known && !other.mustMove && other.clock == track.clock;
+    const Doubt& doubt = DoubtOf(other.segment);
+    if (forward && doubt.open && doubt.segment == other.segment && doubt.opener != kind && JoinNewer(track, raw)) {
+        return Keep(track, track.last);    // both have jumped
+    }
     if (forward && sameClock && std::llabs(StampDifference(raw, other.last)) <= kNear) {
         return Keep(track, track.last + step);    // a hole in this stream only
     }

@@ -11,8 +11,10 @@ namespace {
 
 constexpr int kIoBytes = 32 << 10;
 constexpr size_t kMostBytes = 2 << 20;
-constexpr int64_t kProbeBytes = 500000;
-constexpr int64_t kProbeMicroseconds = 200000;
+// The looking ends as soon as every stream is known; a stream that is entered between two of its headers
+// takes longer, one that never comes ends it here.
+constexpr int64_t kProbeBytes = 1000000;
+constexpr int64_t kProbeMicroseconds = 700000;
 
 struct Source {
     CascadeStream* stream;
@@ -169,6 +171,7 @@ std::vector<ScannedProgram> ScanStream(CascadeStream& stream, CascadeMPEGFile::S
     format->probesize = kProbeBytes;
     format->max_analyze_duration = kProbeMicroseconds;
     format->correct_ts_overflow = 0;
+    format->fps_probe_size = 0;    // the frame rate is nobody's question here
     if (avformat_open_input(&format, "", av_find_input_format(programStream ? "mpeg" : "mpegts"), nullptr) < 0) {
         return {};
     }
