@@ -3,7 +3,6 @@
 #include <cstring>
 
 extern "C" {
-#include <libavutil/pixfmt.h>
 #include <libswscale/swscale.h>
 }
 
