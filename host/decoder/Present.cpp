@@ -8,7 +8,7 @@ namespace {
 constexpr std::chrono::milliseconds kBlackAfterClose{500};
 // A picture later than this gives way to the next when that one is due too.
 constexpr std::chrono::milliseconds kLate{40};
-constexpr int64_t kTooLateTicks = 9000;
+constexpr int64_t kTooLateTicks = 2700;    // beyond its own duration
 constexpr std::chrono::milliseconds kDrought{100};
 constexpr std::chrono::milliseconds kEarly{1};
 constexpr size_t kPictures = 5;
