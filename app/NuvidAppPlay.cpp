@@ -23,6 +23,7 @@ void NuvidApp::TimerSeq()
     g_LastUITick_ms = CascadeTime::GetUptimeMilliseconds();
     m_Windows.Tick();
     m_Sequence.Tick();
+    m_Decoder.Tick();
 }
 
 // ---- opening

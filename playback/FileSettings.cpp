@@ -154,6 +154,9 @@ std::optional<std::string> ReadSettingsText(const char* path)
                 break;
             }
             text->append(block, static_cast<size_t>(got));
+            if (text->size() >= kComparedSignature.size() && !IsFileSettings(*text)) {
+                break;    // somebody else's, of whatever size
+            }
         }
     }
     close(file);

@@ -38,10 +38,9 @@ bool MDecoder::CurStreamIsHTTP() const
     return m_bFileOpen != 0 && m_pHWDecoder->GetKind() == MHWDecoder::Kind::kHTTP;
 }
 
-// No stream on a DVD image exists yet.
 bool MDecoder::CurStreamIsISO() const
 {
-    return false;
+    return m_bFileOpen != 0 && m_pHWDecoder->GetKind() == MHWDecoder::Kind::kImage;
 }
 
 const char* MDecoder::GetCurFile() const

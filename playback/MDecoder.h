@@ -10,17 +10,23 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "platform/CascadeStream.h"
 #include "platform/CascadeString.h"
 #include "playback/BookmarkList.h"
 #include "playback/IPlaybackClient.h"
+#include "playback/SaveSchedule.h"
+#include "playback/SideFileWriter.h"
 #include "sources/DVDAudioStream.h"
 
+class DVDISOStream;
+class IFOCells;
 class MHWDecoder;
 
-// A new stream on a file or an "http://" resource, owned by the caller; null when it cannot be opened.
+// A new stream on a file, a title set of a DVD image ("film.iso", "film.iso~VTS_02") or an "http://"
+// resource, owned by the caller; null when it cannot be opened.
 CascadeStream* OpenStream(const char* path);
 void CloseStream(CascadeStream* stream);    // null is ignored
 
@@ -40,6 +46,7 @@ public:
     bool ChangeProgram();                 // scans again and applies the chosen program, video and audio
     bool ReSelectPIDs();
     void SetBufferSize(unsigned long size);
+    void Tick();                          // several times a second: saves the side file while playing and on a pause
 
     bool IsFileOpen() const { return m_bFileOpen != 0; }
     bool IsStreaming() const { return m_bStreaming != 0; }
@@ -102,6 +109,12 @@ private:
     bool CallSelectPIDs();
     void ReadFileSettings();
     void WriteFileSettings();
+    std::string FormatSettings(bool closing);
+    void ReadIFO();
+    void ReadImageIFO(DVDISOStream& image);
+    void ReadFolderIFO();
+    void AddFolderChapters(const IFOCells& cells, const CascadeString& current, const CascadeString& startName);
+    void TakeTitle(const IFOCells& cells);
     void Skip(int distance);
     void Show(const char* text);
     tagBookmark GetMark() const;
@@ -140,6 +153,8 @@ private:
     int m_nZoomMode = 0;
     unsigned long long m_nHTTPSize = 0;
     uint32_t m_nDuration = 0;
+    SideFileWriter m_SideFile;
+    SaveSchedule m_SaveSchedule;
     bool m_bOpening = false;               // inside DoTheOpen: nothing has been played yet
     BookmarkList m_Bookmarks;
     BookmarkList m_Chapters;

@@ -1,63 +1,9 @@
-// Bookmarks, the resume point, and the side file that keeps them.
+// Bookmarks and the resume point.
 #include <cstdio>
 
-#include "platform/AtomicFile.h"
-#include "platform/CascadeFile.h"
-#include "playback/FileSettings.h"
 #include "playback/MDecoder.h"
 #include "playback/MHWDecoder.h"
 #include "playback/SkipMath.h"
-#include "playback/ZoomModes.h"
-
-void MDecoder::ReadFileSettings()
-{
-    m_Bookmarks.Clear();    // the chapters stay
-    m_Resume = tagBookmark();
-    FileSettings settings;
-    if (!m_SettingsFile.IsEmpty()) {
-        settings = ParseFileSettings(ReadSettingsText(m_SettingsFile).value_or(std::string()));
-    }
-    for (int i = 0; i < settings.chapters.Size(); ++i) {
-        m_Chapters.AddBookmark(settings.chapters.Get(i)->name, settings.chapters.Get(i)->position);
-    }
-    m_Bookmarks = std::move(settings.bookmarks);
-    if (settings.state.resume) {
-        m_Resume = *settings.state.resume;
-    }
-    if (settings.state.audioStream) {
-        m_nAudioStream = static_cast<uint32_t>(*settings.state.audioStream);
-    }
-    m_nZoomMode = ZoomModeBefore(settings.state.zoomMode);
-    NextZoomMode();
-    SwitchToVideoRes(static_cast<unsigned>(settings.state.videoRes));
-}
-
-void MDecoder::WriteFileSettings()
-{
-    if (m_SettingsFile.IsEmpty()) {
-        return;
-    }
-    const std::optional<std::string> old = ReadSettingsText(m_SettingsFile);
-    if (old && !IsFileSettings(*old)) {
-        return;    // somebody else's file of that name
-    }
-    FileState state;
-    state.zoomMode = m_nZoomMode;
-    state.videoRes = m_nFileVideoRes;
-    state.audioStream = static_cast<int>(m_nAudioStream);
-    if (!m_pHWDecoder->m_bEOF) {
-        // An open that fails has played nothing, and a stream that could not be opened again stands
-        // nowhere: the saved point is kept then.
-        const bool lost = m_bOpening || m_pHWDecoder->GetKind() == MHWDecoder::Kind::kNone;
-        state.resume = lost && !m_Resume.name.IsEmpty() ? m_Resume : GetMark();
-    }
-    // What is there but cannot be read is not ours to replace either.
-    const bool unreadable = !old && CascadeFSObject::Exists(m_SettingsFile);
-    AtomicFile file(m_SettingsFile);
-    if (unreadable || !file.Open() || !file.Write(FormatFileSettings(m_Chapters, m_Bookmarks, state)) || !file.Commit()) {
-        std::printf("Can not open settings file for writing\n");
-    }
-}
 
 tagBookmark MDecoder::GetMark() const
 {
@@ -140,5 +86,6 @@ bool MDecoder::GoToBookmark(tagBookmark* mark)
     if (!stream->SeekToPosition(static_cast<unsigned long long>(mark->position))) {
         std::printf("Seek failed!\n");
     }
+    m_SaveSchedule.Moved();
     return ReOpen();
 }

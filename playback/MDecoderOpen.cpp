@@ -4,9 +4,11 @@
 
 #include "platform/CascadeHTTPStream.h"
 #include "platform/CascadeMPEGFile.h"
+#include "platform/CascadeTime.h"
 #include "playback/MDecoder.h"
 #include "playback/MHWDecoder.h"
 #include "playback/StreamChoice.h"
+#include "sources/DVDISOStream.h"
 
 namespace {
 
@@ -26,6 +28,12 @@ CascadeStream* OpenHTTPStream(const char* url)
     return stream.release();
 }
 
+// The sequence takes a name with a "~" as it is, so without a folder its side file would go to the root.
+CascadeString WithFolder(const CascadeString& name)
+{
+    return name.Contains("~", true) && !name.Contains("/", true) ? CascadeFile(name).GetFullPath() : name;
+}
+
 }    // namespace
 
 CascadeStream* OpenStream(const char* path)
@@ -33,6 +41,14 @@ CascadeStream* OpenStream(const char* path)
     const CascadeString name(path);
     if (name.Compare("http://", false, false, 7) == 0) {
         return OpenHTTPStream(name);
+    }
+    if (DVDISOStream::IsISOFile(name)) {
+        auto image = std::make_unique<DVDISOStream>();
+        if (image->Open(name)) {
+            return image.release();
+        }
+        std::printf("Nuvid: failed to open %s\n", name.Text());
+        return nullptr;
     }
     auto stream = std::make_unique<CascadeFileStream>();
     if (!stream->Open(CascadeFile(name))) {
@@ -58,7 +74,7 @@ bool MDecoder::DoTheOpen(const char* path)
     m_nVideoStream = 0;
     m_nAudioStream = 0;
     m_bOpening = true;
-    const bool opened = OpenAndSelect(name);
+    const bool opened = OpenAndSelect(WithFolder(name));
     if (opened && m_bAskResume != 0 && !m_Resume.name.IsEmpty() && m_pClient != nullptr) {
         m_pClient->AskForResume();
     }
@@ -99,8 +115,11 @@ bool MDecoder::OpenAndSelect(const char* path)
     const SmartFileList files = m_pHWDecoder->GetPlace().files;
     // A server's folder is no place for a file of ours: such a recording has none, and none is missed.
     m_SettingsFile = isHTTP ? CascadeString() : files.GetPath() + "/" + files.GetBase() + ".nuvid";
+    m_SideFile.Begin(m_SettingsFile);
+    m_SaveSchedule.Begin(CascadeTime::GetUptimeMilliseconds());
 
     ReadFileSettings();
+    ReadIFO();
     if (!ChangeProgram()) {
         return false;
     }

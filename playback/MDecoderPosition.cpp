@@ -42,11 +42,14 @@ int MDecoder::GetCurFileProgress()
     }
     const MHWDecoder::Place place = m_pHWDecoder->GetPlace();
     long long size = 0;
-    return CurrentProgress(place.position, CurrentFileSize(place, size) ? static_cast<unsigned long long>(size) : m_nHTTPSize);
+    if (CurrentFileSize(place, size)) {
+        return CurrentProgress(place.position, static_cast<unsigned long long>(size));
+    }
+    return CurrentProgress(place.position, place.kind == MHWDecoder::Kind::kImage ? m_pHWDecoder->GetStreamSize() : m_nHTTPSize);
 }
 
-// On purpose the size of every stream but a file is that of the server stream opened last, which is never
-// forgotten: 100 when there has been none.
+// On purpose the size of every stream but a file, that of a DVD image too, is the one of the server stream
+// opened last, which is never forgotten: 100 when there has been none.
 int MDecoder::GetTotalFileProgress()
 {
     if (m_bFileOpen == 0) {
@@ -107,6 +110,7 @@ void MDecoder::SkipBack(int seconds)
 void MDecoder::Skip(int distance)
 {
     PauseStreaming();
+    m_SaveSchedule.Moved();
     std::printf("To Skip: %d\n", distance);
     m_pHWDecoder->Jump(distance);
 }

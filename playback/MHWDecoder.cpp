@@ -11,6 +11,7 @@
 #include "playback/FeedState.h"
 #include "playback/MDecoder.h"
 #include "playback/PlaybackMessages.h"
+#include "sources/DVDISOStream.h"
 
 std::atomic<uint32_t> g_LastUITick_ms {0};
 std::atomic<bool> g_bVideoRunning {false};
@@ -40,6 +41,9 @@ MHWDecoder::Kind KindOf(const CascadeStream* stream)
     }
     if (dynamic_cast<const CascadeFileStream*>(stream) != nullptr) {
         return MHWDecoder::Kind::kFile;
+    }
+    if (dynamic_cast<const DVDISOStream*>(stream) != nullptr) {
+        return MHWDecoder::Kind::kImage;
     }
     return dynamic_cast<const CascadeHTTPStream*>(stream) != nullptr ? MHWDecoder::Kind::kHTTP : MHWDecoder::Kind::kOther;
 }

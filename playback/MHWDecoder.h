@@ -25,7 +25,7 @@ void InitPSParser();
 
 class MHWDecoder : public MPEGDecoder, private PackParserOwner {
 public:
-    enum class Kind { kNone, kFile, kHTTP, kOther };
+    enum class Kind { kNone, kFile, kHTTP, kImage, kOther };
 
     // Where the feed stands: taken at one moment, so name and position belong together.
     struct Place {
