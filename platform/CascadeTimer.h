@@ -1,6 +1,7 @@
 // Periodic timers.
 //
-// Units:   milliseconds. A timer that is late is not made up for: ticks that were missed are dropped.
+// Units:   milliseconds. Up to three ticks that came late are made up, more are dropped. A timer that is
+//          set in OnAppInit ticks as if it had been set when the process started.
 // Threads: the user-interface thread.
 #pragma once
 

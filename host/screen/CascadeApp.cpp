@@ -11,11 +11,15 @@
 #include "host/base/HostOptions.h"
 #include "host/base/UiQueue.h"
 #include "host/screen/HostLoop.h"
+#include "host/screen/ProcessClock.h"
+#include "host/screen/TimerQueue.h"
 #include "host/screen/Version.h"
 
 using screen::Event;
 using screen::EventQueue;
 using screen::HostLoop;
+using screen::MillisecondsSinceProcessStart;
+using screen::TimerQueue;
 
 CascadeApp* CascadeApp::s_pTheApp = nullptr;
 
@@ -81,7 +85,9 @@ int CascadeApp::Run(int argc, char** argv)
     HostLoop loop;
     loop.Start(host::CurrentHostOptions());
     host::StartNetworkServices();    // without it the player plays all the same; it has said why
+    TimerQueue::Instance().CountFrom(host::Clock::now() - std::chrono::milliseconds(MillisecondsSinceProcessStart()));
     OnAppInit();
+    TimerQueue::Instance().CountFrom(std::nullopt);
     host::ClearUiWaitEnd();
     if (!State().terminated) {
         loop.Run();

@@ -9,6 +9,11 @@ namespace screen {
 
 using host::Clock;
 
+namespace {
+// The application's first steps are counted in beats: start-up work between them must not make it later.
+constexpr long kMadeUp = 3;
+}    // namespace
+
 TimerQueue& TimerQueue::Instance()
 {
     static TimerQueue queue;
@@ -21,7 +26,7 @@ uint32_t TimerQueue::Set(CascadeTimer* owner, uint32_t periodMs)
         ++m_nLastId;
     } while (m_nLastId == 0 || m_Timers.count(m_nLastId) != 0);
     const Clock::duration period = std::chrono::milliseconds(std::max(periodMs, 1U));
-    m_Timers[m_nLastId] = {owner, period, Clock::now() + period};
+    m_Timers[m_nLastId] = {owner, period, m_Start.value_or(Clock::now()) + period};
     host::WakeUi();
     return m_nLastId;
 }
@@ -54,8 +59,8 @@ void TimerQueue::RunDue(Clock::time_point now, const std::function<bool()>& afte
             continue;
         }
         Timer& timer = found->second;
-        const auto missed = (now - timer.due) / timer.period;
-        timer.due += timer.period * (missed + 1);    // the next beat that is still ahead
+        const auto late = (now - timer.due) / timer.period;
+        timer.due += timer.period * (late > kMadeUp ? late + 1 : 1);
         timer.owner->OnTimer(id);    // may kill itself and others
         if (!afterEach()) {
             return;
