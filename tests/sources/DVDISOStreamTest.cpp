@@ -248,14 +248,20 @@ TEST_F(DVDISOStreamTest, RefusesWhatIsNoImage)
 
 TEST_F(DVDISOStreamTest, EndsWhereTheImageEnds)
 {
-    const std::string image = TwoSets().Build();
-    const size_t end = image.find(kPart1) + 1000;
-    ASSERT_TRUE(m_Stream.Open((Write(image.substr(0, end)) + "~VTS_01").c_str()));
+    // The records of the two parts change places, so that the first part lies last in the image and is cut.
+    std::string image = TwoSets().Build();
+    const size_t record1 = image.find("VTS_01_1.VOB") - IsoDirectory::kRecordHeaderSize;
+    const size_t record2 = image.find("VTS_01_2.VOB") - IsoDirectory::kRecordHeaderSize;
+    std::swap_ranges(image.begin() + static_cast<std::ptrdiff_t>(record1) + 2, image.begin() + static_cast<std::ptrdiff_t>(record1) + 18,
+        image.begin() + static_cast<std::ptrdiff_t>(record2) + 2);
+    ASSERT_TRUE(m_Stream.Open((Write(image.substr(0, image.find(kPart2) + 1000)) + "~VTS_01").c_str()));
     EXPECT_EQ(m_Stream.GetSize(), 8000U);
-    EXPECT_EQ(Read(m_Stream, 8000), kPart1.substr(0, 1000)) << "what lies behind must not move up";
+    EXPECT_EQ(Read(m_Stream, 8000), kPart2.substr(0, 1000)) << "what lies behind must not move up";
     EXPECT_EQ(m_Stream.GetPosition(), 1000U);
     EXPECT_EQ(Read(m_Stream, 8000), "");
     EXPECT_FALSE(m_Stream.WasInterrupted());
+    ASSERT_TRUE(m_Stream.SeekToPosition(3000));
+    EXPECT_EQ(Read(m_Stream, 8000), kPart1);
 }
 
 TEST_F(DVDISOStreamTest, AnInterruptedReadTakesNothing)

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 
 #include "sources/DVDISOStream.h"
@@ -194,6 +195,9 @@ TEST(IFOCells, BoundsWhatTheFileStates)
         const IFOCells cells = Parsed(changed);
         EXPECT_EQ(Cells(cells), lie.cells) << lie.at << " " << lie.value;
         EXPECT_EQ(cells.GetAudioStreams().size(), lie.audio) << lie.at << " " << lie.value;
+        for (const cell_info& cell : cells.GetCells()) {
+            EXPECT_TRUE(std::isfinite(cell.position)) << lie.at << " " << lie.value;
+        }
     }
 }
 
