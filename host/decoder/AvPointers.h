@@ -8,7 +8,6 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
-#include <libavfilter/avfilter.h>
 #include <libavformat/avformat.h>
 #include <libswresample/swresample.h>
 }
@@ -20,7 +19,6 @@ struct AvFree {
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }
     void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
     void operator()(AVCodecParserContext* parser) const { av_parser_close(parser); }
-    void operator()(AVFilterGraph* graph) const { avfilter_graph_free(&graph); }
     void operator()(SwrContext* context) const { swr_free(&context); }
     void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
     void operator()(AVIOContext* io) const
@@ -34,7 +32,6 @@ using FramePtr = std::unique_ptr<AVFrame, AvFree>;
 using PacketPtr = std::unique_ptr<AVPacket, AvFree>;
 using CodecPtr = std::unique_ptr<AVCodecContext, AvFree>;
 using ParserPtr = std::unique_ptr<AVCodecParserContext, AvFree>;
-using GraphPtr = std::unique_ptr<AVFilterGraph, AvFree>;
 using ResamplerPtr = std::unique_ptr<SwrContext, AvFree>;
 using FormatPtr = std::unique_ptr<AVFormatContext, AvFree>;
 using IoPtr = std::unique_ptr<AVIOContext, AvFree>;

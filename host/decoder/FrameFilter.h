@@ -2,8 +2,8 @@
 // conversion of pixel formats that the screen does not take. Pictures that need neither pass untouched.
 //
 // Units:     stamps are ticks of the time line, 90 kHz. How long a picture stays is in pkt_duration.
-// Errors:    a picture that the filter refuses is passed as it is, or not at all where the screen could not
-//            take it.
+// Errors:    the filters are a module that is loaded when the first picture needs them. Without it, and where
+//            it refuses a picture, that is passed as it is, or not at all where the screen could not take it.
 // Threads:   the video decoding thread.
 // Ownership: takes and gives pictures.
 #pragma once
@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "host/base/HostOptions.h"
-#include "host/decoder/AvPointers.h"
+#include "host/decoder/PictureFilter.h"
 
 namespace host {
 
@@ -22,20 +22,11 @@ public:
     void Drain(std::vector<FramePtr>& out);
 
 private:
-    bool Build(const AVFrame& frame, bool deinterlace);
-    bool Fits(const AVFrame& frame) const;
-    void Collect(std::vector<FramePtr>& out);
+    PictureFilter* Module();    // null: it is not there
 
-    GraphPtr m_pGraph;
-    AVFilterContext* m_pSource = nullptr;    // owned by the graph
-    AVFilterContext* m_pSink = nullptr;
-    bool m_bDeinterlaces = false;
-    bool m_bWantsFields = false;             // an interlaced picture has been seen
-    int m_nWidth = 0;
-    int m_nHeight = 0;
-    int m_nFormat = -1;
+    std::unique_ptr<PictureFilter> m_pFilter;
+    bool m_bModuleAsked = false;
+    bool m_bWantsFields = false;    // an interlaced picture has been seen
 };
-
-bool ScreenTakes(int pixelFormat);
 
 }    // namespace host
