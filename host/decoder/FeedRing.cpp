@@ -11,6 +11,8 @@ namespace {
 constexpr std::chrono::milliseconds kIdleRest{20};
 // A buffer of nothing but 0xFF is stuffing handed out so that somebody else gets processor time.
 constexpr std::chrono::milliseconds kStuffingRest{100};
+// Longest time that the end is held back for what is still to be played: sound that no device takes.
+constexpr std::chrono::seconds kLongestTail{4};
 
 bool IsStuffing(const unsigned char* bytes, size_t count)
 {
@@ -19,7 +21,10 @@ bool IsStuffing(const unsigned char* bytes, size_t count)
 
 }    // namespace
 
-FeedRing::FeedRing(Opening& opening, Fill fill, std::function<void()> error) : m_Opening(opening), m_Fill(std::move(fill)), m_Error(std::move(error)) {}
+FeedRing::FeedRing(Opening& opening, Fill fill, std::function<void()> error, std::function<bool()> playedOut)
+    : m_Opening(opening), m_Fill(std::move(fill)), m_Error(std::move(error)), m_PlayedOut(std::move(playedOut))
+{
+}
 
 FeedRing::~FeedRing()
 {
@@ -91,6 +96,7 @@ void FeedRing::Forget()
     m_nNext = 0;
     m_nZeroFills = 0;
     m_bEnd = false;
+    m_bLastFillShort = false;
     m_bErrorAsked = false;
     m_nBytesHeld = 0;
     m_nBytesFed = 0;
@@ -155,6 +161,23 @@ void FeedRing::Rest(std::unique_lock<std::mutex>& lock, std::chrono::millisecond
     m_StopAsked.wait_for(lock, time, [this] { return !m_bStreaming || m_bErrorAsked; });
 }
 
+// Everything has been taken: the demultiplexer hears of the end, and what is left is played.
+void FeedRing::EndReached(std::unique_lock<std::mutex>& lock)
+{
+    m_bEnd = true;
+    m_DataChanged.notify_all();
+    const Clock::time_point deadline = Clock::now() + kLongestTail;
+    do {
+        Rest(lock, kIdleRest);
+        lock.unlock();
+        const bool over = m_PlayedOut();
+        lock.lock();
+        if (over) {
+            return;
+        }
+    } while (m_bStreaming && !m_bErrorAsked && Clock::now() < deadline);
+}
+
 void FeedRing::Run()
 {
     std::unique_lock lock(m_Mutex);
@@ -172,6 +195,11 @@ void FeedRing::Run()
             m_bInCallback = false;
             m_CallbackDone.notify_all();
             continue;
+        }
+        if (m_bLastFillShort && m_nZeroFills + 1 == m_Buffers.size()) {
+            m_bLastFillShort = false;
+            EndReached(lock);
+            continue;    // stopped meanwhile, perhaps
         }
         Offer(lock);
     }
@@ -200,14 +228,13 @@ void FeedRing::Offer(std::unique_lock<std::mutex>& lock)
         m_nNext = (m_nNext + 1) % m_Buffers.size();
         if (++m_nZeroFills >= m_Buffers.size()) {
             m_nZeroFills = 0;
-            m_bEnd = true;
-            m_DataChanged.notify_all();
-            Rest(lock, kIdleRest);
+            EndReached(lock);
         }
         return;
     }
     m_nZeroFills = 0;
     m_bEnd = false;
+    m_bLastFillShort = got < size;
     buffer.filled = got;
     buffer.taken = 0;
     m_Filled.push_back(m_nNext);

@@ -4,6 +4,9 @@
 // taken. A fill of 0 moves on to the next buffer at once; a whole turn of them, which is only possible
 // when everything has been taken, is the end of what there is, and the feed then rests for a moment
 // before it asks again.
+// End: whoever fills takes the return of the buffer with the last bytes for a sign that they are gone, and
+// stops the decoder a few tenths of a second later, whatever the stream's real rate. So that buffer
+// comes back only when nearly all that was in it has been played.
 //
 // Units:     bytes.
 // Threads:   Configure, Start, Stop and Forget on the user-interface thread; Read and WaitForData on the
@@ -29,7 +32,8 @@ class FeedRing {
 public:
     using Fill = std::function<unsigned long(unsigned char* buffer, unsigned long length)>;
 
-    FeedRing(Opening& opening, Fill fill, std::function<void()> error);
+    // `playedOut`: whether hardly anything of what was read is still to be played; called without a lock.
+    FeedRing(Opening& opening, Fill fill, std::function<void()> error, std::function<bool()> playedOut);
     ~FeedRing();
     FeedRing(const FeedRing&) = delete;
     FeedRing& operator=(const FeedRing&) = delete;
@@ -64,10 +68,12 @@ private:
     void Run();
     void Offer(std::unique_lock<std::mutex>& lock);
     void Rest(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds time);
+    void EndReached(std::unique_lock<std::mutex>& lock);
 
     Opening& m_Opening;
     const Fill m_Fill;
     const std::function<void()> m_Error;
+    const std::function<bool()> m_PlayedOut;
     mutable InterruptToken m_Token;
 
     mutable std::mutex m_Mutex;
@@ -80,6 +86,7 @@ private:
     size_t m_nNext = 0;
     size_t m_nZeroFills = 0;
     bool m_bEnd = false;
+    bool m_bLastFillShort = false;
     bool m_bStreaming = false;
     bool m_bInCallback = false;
     bool m_bErrorAsked = false;

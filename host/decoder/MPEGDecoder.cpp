@@ -18,6 +18,7 @@ namespace {
 constexpr uint32_t kMostBuffers = 32;
 constexpr uint32_t kUsualBufferSize = 192512;    // 1,024 transport packets
 constexpr uint32_t kLargestBuffer = 16u << 20;
+constexpr int64_t kShortTail = 90 * 200;    // 200 ms
 
 }    // namespace
 
@@ -37,6 +38,7 @@ public:
     const host::FeedRing& Ring() const { return m_Ring; }
 
 private:
+    bool IsNearlyPlayedOut();    // any thread
     void StartThreads();
     void KickAll();
     std::string Stats() const;
@@ -62,7 +64,8 @@ private:
 MPEGDecoder::Impl* MPEGDecoder::Impl::s_pLatest = nullptr;
 
 MPEGDecoder::Impl::Impl(MPEGDecoder& owner)
-    : m_Ring(m_Opening, [&owner](unsigned char* buffer, unsigned long length) { return owner.OnFillBuffer(buffer, length); }, [&owner] { owner.OnDecoderError(); }),
+    : m_Ring(m_Opening, [&owner](unsigned char* buffer, unsigned long length) { return owner.OnFillBuffer(buffer, length); }, [&owner] { owner.OnDecoderError(); },
+          [this] { return IsNearlyPlayedOut(); }),
       m_Video(m_Opening, m_Store, m_Offsets, m_Clock, m_Present, m_Stats, [this] { m_Ring.ReportError(); }),
       m_Audio(m_Opening, m_Store, m_Offsets, m_Clock, m_Sink, m_Present, m_Stats, [this] { m_Ring.ReportError(); })
 {
@@ -110,6 +113,12 @@ std::string MPEGDecoder::Impl::Stats() const
     feed.bytesInFlight = m_Ring.BytesHeld() + m_Store.BytesHeld(host::CodedStore::kVideo);
     const std::optional<int64_t> start = m_Clock.Start();
     return m_Stats.Json(feed, start && m_bOpen ? m_Clock.TicksAt(host::Clock::now()) - *start : 0);
+}
+
+bool MPEGDecoder::Impl::IsNearlyPlayedOut()
+{
+    return m_Store.BytesHeld(host::CodedStore::kVideo) == 0 && m_Store.BytesHeld(host::CodedStore::kAudio) == 0 && m_Present.TicksHeld() <= kShortTail &&
+           m_Sink.BufferedTicks() <= kShortTail;
 }
 
 void MPEGDecoder::Impl::StartThreads()

@@ -111,6 +111,16 @@ bool Present::IsTooLate(int64_t ticks, int64_t duration) const
     return m_Clock.IsRunning() && m_Clock.TicksAt(Clock::now()) > ticks + duration + kTooLateTicks;
 }
 
+int64_t Present::TicksHeld() const
+{
+    std::lock_guard lock(m_Mutex);
+    int64_t ticks = 0;
+    for (const TimedPicture& picture : m_Queue) {
+        ticks += picture.duration;
+    }
+    return ticks;
+}
+
 void Present::Kick()
 {
     { std::lock_guard lock(m_Mutex); }

@@ -40,6 +40,7 @@ public:
     void Push(Opening::Number opening, TimedPicture picture);
     // Whether a picture of this time is not worth a conversion any more.
     bool IsTooLate(int64_t ticks, int64_t duration) const;
+    int64_t TicksHeld() const;    // how long the waiting pictures last
     void Kick();
 
     bool Advance(Clock::time_point now, VideoFrame& frame, Clock::time_point& next) override;
