@@ -11,7 +11,9 @@ namespace host {
 
 struct HostHooks {
     // host/screen
-    std::function<std::string()> takeScreenshot;               // writes a PNG, answers its path; empty: failed
+    // Takes the picture at once and answers the work that writes it as a PNG, for any thread: it takes
+    // longer than a picture is shown. The work answers the file's path; empty: failed.
+    std::function<std::function<std::string()>()> takeScreenshot;
     std::function<std::vector<std::string>()> windowTitles;    // on screen, lowest first
     // host/decoder: members of a JSON object without braces ("\"state\":\"playing\",..."); empty fields when nothing is open
     std::function<std::string()> decoderStats;

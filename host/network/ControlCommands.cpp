@@ -75,7 +75,7 @@ std::string DispatchKey(std::string_view argument, bool down, bool up)
     return "OK";
 }
 
-std::string RunHostWord(std::string_view rest)
+ControlReply RunHostWord(std::string_view rest)
 {
     const std::string word = Lower(TakeWord(rest));
     for (const ControlHostWord& row : kHostWords) {
@@ -88,33 +88,39 @@ std::string RunHostWord(std::string_view rest)
 
 }    // namespace
 
-std::string PressKeyWord(std::string_view argument)
+ControlReply PressKeyWord(std::string_view argument)
 {
     return DispatchKey(argument, true, true);
 }
 
-std::string KeyDownWord(std::string_view argument)
+ControlReply KeyDownWord(std::string_view argument)
 {
     return DispatchKey(argument, true, false);
 }
 
-std::string KeyUpWord(std::string_view argument)
+ControlReply KeyUpWord(std::string_view argument)
 {
     return DispatchKey(argument, false, true);
 }
 
-std::string ScreenshotWord(std::string_view)
+ControlReply ScreenshotWord(std::string_view)
 {
-    const std::string path = Hooks().takeScreenshot ? Hooks().takeScreenshot() : std::string();
-    return path.empty() ? "Failed" : path;
+    ControlReply reply("Failed");
+    if (std::function<std::string()> write = Hooks().takeScreenshot ? Hooks().takeScreenshot() : nullptr) {
+        reply.later = [write = std::move(write), failed = reply.text] {
+            const std::string path = write();
+            return path.empty() ? failed : path;
+        };
+    }
+    return reply;
 }
 
-std::string StatsWord(std::string_view)
+ControlReply StatsWord(std::string_view)
 {
     return ControlStats();
 }
 
-std::string HelpWord(std::string_view)
+ControlReply HelpWord(std::string_view)
 {
     std::string help;
     for (const ControlHostWord& row : kHostWords) {
@@ -136,7 +142,7 @@ void ClaimCommandPrefix(const std::string& prefix, std::function<std::string(con
     Claims()[Lower(prefix)] = {prefix, std::move(handler)};
 }
 
-std::string RunControlCommand(const std::string& command)
+ControlReply RunControlCommand(const std::string& command)
 {
     std::string_view rest = command;
     const std::string word = Lower(TakeWord(rest));
@@ -149,7 +155,7 @@ std::string RunControlCommand(const std::string& command)
         return kUnknownCommand;
     }
     const Handler handler = found->second.handler;    // it may claim others
-    return handler ? handler(command) : kUnknownCommand;
+    return handler ? ControlReply(handler(command)) : ControlReply(kUnknownCommand);
 }
 
 }    // namespace host

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "host/network/ControlCommands.h"
 #include "platform/RemoteKeys.h"
 
 namespace host {
@@ -38,17 +39,17 @@ inline constexpr ControlKeyName kControlKeys[] = {
 };
 
 // Each runs on the user-interface thread with what follows its word, and answers the reply.
-std::string PressKeyWord(std::string_view argument);
-std::string KeyDownWord(std::string_view argument);
-std::string KeyUpWord(std::string_view argument);
-std::string ScreenshotWord(std::string_view argument);
-std::string StatsWord(std::string_view argument);
-std::string HelpWord(std::string_view argument);
+ControlReply PressKeyWord(std::string_view argument);
+ControlReply KeyDownWord(std::string_view argument);
+ControlReply KeyUpWord(std::string_view argument);
+ControlReply ScreenshotWord(std::string_view argument);
+ControlReply StatsWord(std::string_view argument);
+ControlReply HelpWord(std::string_view argument);
 
 struct ControlHostWord {
     std::string_view name;
     std::string_view argument;    // as help shows it; empty: takes none
-    std::string (*run)(std::string_view argument);
+    ControlReply (*run)(std::string_view argument);
 };
 
 inline constexpr ControlHostWord kHostWords[] = {

@@ -1,5 +1,7 @@
 #include <cstdio>
+#include <future>
 #include <memory>
+#include <vector>
 
 #include "host/base/HostHooks.h"
 #include "host/base/HostOptions.h"
@@ -20,6 +22,7 @@ constexpr auto kLastReplies = 200ms;
 struct Services {
     NetworkLoop loop;
     ControlServer control;
+    std::vector<std::future<void>> workers;    // what answers later; the end waits for them
 
     Services()
         : control(loop, [](uint64_t client, std::string command) { Hand(client, std::move(command)); })
@@ -31,6 +34,8 @@ struct Services {
         loop.Stop();
     }
     static void Hand(uint64_t client, std::string command);
+    static void Answer(uint64_t client, std::string text);
+    static void AnswerLater(uint64_t client, std::function<std::string()> work);
 };
 
 std::unique_ptr<Services>& Running()
@@ -47,11 +52,32 @@ void Services::Hand(uint64_t client, std::string command)
         if (Running() == nullptr) {
             return;
         }
-        std::string reply = RunControlCommand(command);
-        if (Running() != nullptr) {
-            Running()->control.Reply(client, std::move(reply));
+        ControlReply reply = RunControlCommand(command);
+        if (reply.later) {
+            AnswerLater(client, std::move(reply.later));
+        } else {
+            Answer(client, std::move(reply.text));
         }
     });
+}
+
+void Services::Answer(uint64_t client, std::string text)
+{
+    if (Running() != nullptr) {
+        Running()->control.Reply(client, std::move(text));
+    }
+}
+
+void Services::AnswerLater(uint64_t client, std::function<std::string()> work)
+{
+    if (Running() == nullptr) {
+        return;
+    }
+    std::vector<std::future<void>>& workers = Running()->workers;
+    std::erase_if(workers, [](const std::future<void>& worker) { return worker.wait_for(0s) == std::future_status::ready; });
+    workers.push_back(std::async(std::launch::async, [client, work = std::move(work)] {
+        PostToUi([client, text = work()] { Answer(client, text); });
+    }));
 }
 
 }    // namespace

@@ -174,10 +174,10 @@ SurfacePtr Screen::Capture()
     return m_pDisplay->Output().Capture(MakeScene());
 }
 
-std::string Screen::TakeScreenshot()
+std::function<std::string()> Screen::TakeScreenshot()
 {
-    const SurfacePtr composed = Capture();
-    return composed == nullptr ? std::string() : WriteScreenshot(composed.get());
+    std::shared_ptr<cairo_surface_t> composed(Capture().release(), SurfaceDeleter());
+    return composed == nullptr ? std::function<std::string()>() : [composed] { return WriteScreenshot(composed.get()); };
 }
 
 std::string Screen::Stats() const

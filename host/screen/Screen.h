@@ -5,6 +5,7 @@
 // Ownership: owns the display. Keeps the last picture's planes alive until another one takes its place.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -30,7 +31,7 @@ public:
     unsigned CurrentResolution() const { return m_nResolution; }
     bool SetResolution(unsigned index);
 
-    std::string TakeScreenshot();    // the path of the PNG; empty: failed
+    std::function<std::string()> TakeScreenshot();    // as HostHooks.h says
     SurfacePtr Capture();
     std::string Stats() const;    // members of a JSON object
     void CountTurn() { ++m_nTurns; }

@@ -1,6 +1,7 @@
 #include "host/screen/ScreenshotFile.h"
 
 #include <ctime>
+#include <mutex>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -42,6 +43,9 @@ std::string WriteScreenshot(cairo_surface_t* surface)
     if (state.empty() || cairo_surface_write_to_png_stream(surface, Append, &bytes) != CAIRO_STATUS_SUCCESS) {
         return {};
     }
+    // Two at once must not find the same name free.
+    static std::mutex naming;
+    const std::lock_guard lock(naming);
     mkdir(folder.c_str(), 0700);    // there already, most times; the write below tells of any trouble
     const std::string path = FreeName(folder);
     AtomicFile file(path.c_str());

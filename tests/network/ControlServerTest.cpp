@@ -264,7 +264,7 @@ TEST_F(ControlServerTest, KeysHelpAndStatistics)
         EXPECT_NE(help.find(word), std::string::npos) << word;
     }
     m_Ui.Do([] {
-        host::Hooks().takeScreenshot = [] { return std::string("/tmp/one.png"); };
+        host::Hooks().takeScreenshot = [] { return [] { return std::string("/tmp/one.png"); }; };
         host::Hooks().decoderStats = [] { return std::string("\"state\":\"playing\""); };
         host::Hooks().windowTitles = [] { return std::vector<std::string> {"a \"b\"\\\n", "\xFF"}; };
     });

@@ -298,8 +298,8 @@ TEST_F(CompositorTest, ScreenshotsAreFilesOfTheirOwn)
     PlainSource source;
     ShowGreen(source);
     Settle();
-    const std::string first = host::Hooks().takeScreenshot();
-    const std::string second = host::Hooks().takeScreenshot();
+    const std::string first = host::Hooks().takeScreenshot()();
+    const std::string second = host::Hooks().takeScreenshot()();
     EXPECT_NE(first, second);
     CascadeBitmap read;
     ASSERT_TRUE(read.CreateFromFile(first.c_str()));
@@ -307,7 +307,7 @@ TEST_F(CompositorTest, ScreenshotsAreFilesOfTheirOwn)
     EXPECT_TRUE(Like(read.GetPixel(640, 360) >> 8, kGreen));
     ASSERT_EQ(0, chmod((std::string(folder) + "/screenshots").c_str(), 0500));
     if (geteuid() != 0) {
-        EXPECT_EQ("", host::Hooks().takeScreenshot());
+        EXPECT_EQ("", host::Hooks().takeScreenshot()());
     }
     std::filesystem::remove_all(folder);
     host::SetCurrentHostOptions({});
