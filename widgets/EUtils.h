@@ -31,6 +31,9 @@ public:
     // than `maxWidth` or has fewer than sixteen characters.
     static CascadeString TrimStringInMiddle(const char* text, int maxWidth, const CascadeFont& font);
     static int GetWrappedTextHeight(const CascadeFont& font, const CascadeString& text, int maxWidth);
+    // The text in lines of at most `maxWidth`, broken at blanks and line feeds; a word that is wider than that
+    // has a line of its own.
+    static std::vector<CascadeString> WrapText(const CascadeFont& font, const CascadeString& text, int maxWidth);
     static void TrimWrappedText(CascadeString& text, const CascadeFont& font, const CascadeRect& box);
 
     // Where each character of the text begins, and as the last element the text's length.

@@ -183,6 +183,33 @@ void EUtils::TrimWrappedText(CascadeString& text, const CascadeFont& font, const
     }
 }
 
+std::vector<CascadeString> EUtils::WrapText(const CascadeFont& font, const CascadeString& text, int maxWidth)
+{
+    std::vector<CascadeString> lines;
+    std::string line;
+    std::string word;
+    // The end closes the last word as a line feed does.
+    for (const char c : text.Str() + "\n") {
+        if (c != ' ' && c != '\n') {
+            word += c;
+            continue;
+        }
+        const std::string longer = line.empty() ? word : line + " " + word;
+        if (!line.empty() && font.GetTextExtent(longer.c_str()).width > maxWidth) {
+            lines.emplace_back(line);
+            line = word;
+        } else {
+            line = longer;
+        }
+        word.clear();
+        if (c == '\n') {
+            lines.emplace_back(line);
+            line.clear();
+        }
+    }
+    return lines;
+}
+
 void EUtils::ReplaceString(const char* text, const char* from, const char* to, CascadeString& out)
 {
     const std::string whole = OrEmpty(text);
