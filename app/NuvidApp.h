@@ -8,15 +8,21 @@
 //            change of file; they schedule an action, which runs on a later tick.
 #pragma once
 
+#include <array>
+
 #include "app/ActionMachine.h"
 #include "app/KeyWindows.h"
+#include "app/MMenu.h"
+#include "app/MenuTables.h"
 #include "app/MyWindow.h"
 #include "app/Parameters.h"
 #include "app/PlayQueue.h"
+#include "app/RecentFiles.h"
 #include "browser/EFileBrowser.h"
 #include "platform/CascadeApp.h"
 #include "playback/IPlaybackClient.h"
 #include "playback/MDecoder.h"
+#include "widgets/EDialog.h"
 #include "widgets/EProgressBar.h"
 
 extern CascadeString g_AppFolder;    // of the program, with a trailing "/"
@@ -42,7 +48,13 @@ private:
     CascadeString m_Text;
 };
 
-class NuvidApp : public CascadeApp, public IPlaybackClient, private MyWindow::Client, private ISequenceActions, private ParameterParser::Client {
+class NuvidApp : public CascadeApp,
+                 public IPlaybackClient,
+                 public IMMenu_CB,
+                 public EDialog::Client,
+                 private MyWindow::Client,
+                 private ISequenceActions,
+                 private ParameterParser::Client {
 public:
     NuvidApp();
     ~NuvidApp() override;
@@ -58,8 +70,14 @@ public:
 
     void Quit();
 
-    // Playing. OpenFile opens at once and blocks; false: "File open failed" is on the screen.
-    bool OpenFile(const EFileBrowser::FileInfo& entry);
+    // Menus and dialogs.
+    void OnMenu(unsigned long id) override;
+    void OnDialogResult(const CascadeString& dialogName, const CascadeString& button) override;
+
+    // Playing. OpenFile opens at once and blocks; false: "File open failed" is on the screen. A playlist
+    // replaces the queue, and its first item that opens is played.
+    bool OpenFile(const EFileBrowser::FileInfo& entry, bool addToRecent);
+    bool OpenFile(const char* path, bool addToRecent);
     void OpenFile();    // lets the viewer choose
     bool CloseFile(const char* path);    // null: whatever is open; else only when it is open. Whether it closed
     void callback(const EFileBrowser::FileInfo& entry, int reason);    // something was chosen to play
@@ -75,8 +93,9 @@ public:
 private:
     friend struct KeyTable;
     friend struct CommandTable;
+    friend struct MenuActions;
 
-    enum BrowseMode { kBrowseOpen = 0, kBrowseQueue = 1 };
+    enum BrowseMode { kBrowseOpen = 0, kBrowseQueue = 1, kBrowseDelete = 2 };
 
     // Start (NuvidAppStart.cpp).
     void FindAppFolder();
@@ -97,7 +116,9 @@ private:
     void JumpToPrevChapter(bool repeated) override;
     void JumpToNextBookmark() override;
     void JumpToPrevBookmark(bool repeated) override;
-    bool OpenEntryAtCursor();
+    bool OpenEntryAtCursor(bool addToRecent);
+    bool OpenPlaylist(const char* path);
+    bool LoadFilelist(const char* path);
     void EndOfQueue();
     void ShowProgress();
 
@@ -121,6 +142,27 @@ private:
     void OnZoomKey();
     void OnInfoKey();
 
+    // Menus (NuvidAppMenus.cpp); MenuTables.h says what is in them.
+    void BuildMenus();
+    void ShowMenu(Menus::Menu menu);
+    void DismissWindows();
+    bool IsAnythingAsked() const;
+    void Browse(BrowseMode mode, const char* title);
+    void FileBrowse();
+    void QueueFile();
+    void DeleteFile();
+    void ShowAdvancedMenu();
+    void ShowRecentFileMenu();
+    void OpenRecent(size_t slot);
+    void SavePlaylist();
+    void BackToMainMenu();
+    static void PressKey(unsigned long key);    // arrives as an event of its own
+    void Options();
+    void SetOptions();
+    void OptionsDone();
+    void VidOptions();
+    void PlaybackOptionsDone();
+
     // External commands (NuvidAppCommands.cpp); CommandTable.h says which command does what.
     void OnSkipCommand(const char* text, Osd::Icon icon, SequenceState state, const char* seconds);
     void OnPathCommand(BrowseMode mode, const CascadeString& path);
@@ -141,13 +183,18 @@ private:
     MyWindow m_Osd;
     EProgressBar m_Progress;
     ActionMachine m_Sequence;
-    bool m_bMenuOpen = false;    // a menu or the browser has the focus: keys are not heard
+    bool m_bMenuOpen = false;    // a menu, a dialog or the browser has the focus: keys are not heard
+    std::array<MMenu, Menus::kCount> m_Menus;
+    EDialog m_ResumeDialog;
     StartOptions m_Options;
     KeyWindows m_Windows;
     FastKey m_FastForward;
     FastKey m_Rewind;
     PlayQueue m_Queue;
+    int m_nPlaylistDepth = 0;    // playlists that are being opened inside each other
+    RecentFiles m_Recent;
     int m_nBrowseMode = kBrowseOpen;    // what a chosen file is for
+    CascadeString m_BrowseTitle;
     EFileBrowser::FileInfo m_SelectedEntry;    // the last one chosen
     EFileBrowser::FileInfo m_CurrentEntry;    // the one being opened or played
 };

@@ -72,7 +72,11 @@ void NuvidApp::OnPathCommand(BrowseMode mode, const CascadeString& path)
     EFileBrowser::FileInfo entry;
     entry.path = path;
     m_nBrowseMode = mode;
+    if (mode == kBrowseOpen) {
+        DismissWindows();
+    }
     callback(entry, EFileBrowser::kItemChosen);
+    m_bMenuOpen = IsAnythingAsked();    // a menu stays open while something is put into the queue
 }
 
 void NuvidApp::OnOpenCommand(const CascadeString& rest, CascadeString& /*reply*/)

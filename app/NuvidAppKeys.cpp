@@ -157,7 +157,11 @@ void NuvidApp::OnMenuKey()
         Quit();
         return;
     }
-    OpenFile();
+    if (m_Options.menuEnabled) {
+        ShowMenu(Menus::kMain);
+    } else {
+        OpenFile();
+    }
 }
 
 void NuvidApp::OnZoomKey()
@@ -183,7 +187,12 @@ void NuvidApp::OnInfoKey()
     }
     const CascadeString first = CascadeString::Format("%s: %d%%", name.Text(), m_Decoder.GetCurFileProgress());
     const CascadeString audio = m_Decoder.GetAudioStr(static_cast<int>(m_Decoder.GetAudioStream()));
-    const CascadeString fourth = CascadeString::Format("Bitrate: %dKbps  Zoom %d", m_Decoder.GetBitrate() / 1024, m_Decoder.GetZoomMode());
+    CascadeString fourth;
+    if (m_Windows.IsOpen(KeyWindows::kInfo)) {
+        VidOptions();
+    } else {
+        fourth = CascadeString::Format("Bitrate: %dKbps  Zoom %d", m_Decoder.GetBitrate() / 1024, m_Decoder.GetZoomMode());
+    }
     Info(first, Osd::kNoIcon, audio, fourth, true);
     m_Windows.Open(KeyWindows::kInfo, KeyWindows::kTwoAndAHalfSeconds);
 }

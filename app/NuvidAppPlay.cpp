@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "app/NuvidApp.h"
+#include "app/Playlist.h"
 #include "platform/CascadeTime.h"
 #include "platform/RemoteKeys.h"
 #include "playback/PlaybackGlobals.h"
@@ -10,6 +11,7 @@
 namespace {
 
 constexpr uint32_t kTickMs = 100;
+constexpr int kDeepestPlaylist = 8;    // a playlist that names itself ends here
 
 const CascadeString& ShownName(const EFileBrowser::FileInfo& entry)
 {
@@ -28,9 +30,15 @@ void NuvidApp::TimerSeq()
 
 // ---- opening
 
-bool NuvidApp::OpenFile(const EFileBrowser::FileInfo& entry)
+bool NuvidApp::OpenFile(const EFileBrowser::FileInfo& entry, bool addToRecent)
 {
     m_Decoder.DoTheClose();
+    if (Playlist::IsPlaylist(entry.path)) {
+        if (addToRecent) {
+            m_Recent.Add(Playlist::Absolute(entry.path));
+        }
+        return OpenPlaylist(CascadeString(entry.path));
+    }
     if (!m_Decoder.DoTheOpen(entry.path)) {
         std::printf("File open failed!\n");
         Info("File open failed");
@@ -41,10 +49,58 @@ bool NuvidApp::OpenFile(const EFileBrowser::FileInfo& entry)
         m_Decoder.SetDuration(entry.duration);
     }
     Info("Play", Osd::kPlay, ShownName(entry), "", true);
+    if (addToRecent) {
+        m_Recent.Add(Playlist::Absolute(entry.path));
+    }
+    return true;
+}
+
+bool NuvidApp::OpenFile(const char* path, bool addToRecent)
+{
+    EFileBrowser::FileInfo entry;
+    entry.path = entry.location = path;
+    return OpenFile(entry, addToRecent);
+}
+
+// The items share one queue and one cursor: an item that is a playlist itself replaces the queue.
+bool NuvidApp::OpenPlaylist(const char* path)
+{
+    if (m_nPlaylistDepth >= kDeepestPlaylist || !LoadFilelist(path)) {
+        std::printf("File open failed!\n");
+        Info("File open failed");
+        return false;
+    }
+    ++m_nPlaylistDepth;
+    while (!WaitWasEnded() && m_Queue.Entry() != nullptr && !OpenEntryAtCursor(false)) {
+        m_Queue.SkipFailedEntry();
+    }
+    --m_nPlaylistDepth;
+    return m_Queue.Entry() != nullptr;
+}
+
+// False leaves the queue as it was.
+bool NuvidApp::LoadFilelist(const char* path)
+{
+    std::vector<CascadeString> paths;
+    if (!Playlist::Read(path, paths)) {
+        return false;
+    }
+    m_Queue.Clear();
+    for (const CascadeString& item : paths) {
+        EFileBrowser::FileInfo entry;
+        entry.path = entry.location = item;
+        m_Queue.Append(entry);
+        std::printf("Adding %s to FileList(%d)\n", item.Text(), m_Queue.Size());
+    }
     return true;
 }
 
 void NuvidApp::OpenFile()
+{
+    Browse(kBrowseOpen, "Open File");
+}
+
+void NuvidApp::FileBrowse()
 {
     Info("Press [Menu] to open a file");
 }
@@ -62,10 +118,10 @@ bool NuvidApp::CloseFile(const char* path)
 }
 
 // Opening may replace the queue, so the entry is copied out of it first.
-bool NuvidApp::OpenEntryAtCursor()
+bool NuvidApp::OpenEntryAtCursor(bool addToRecent)
 {
     m_CurrentEntry = *m_Queue.Entry();
-    return OpenFile(m_CurrentEntry);
+    return OpenFile(m_CurrentEntry, addToRecent);
 }
 
 void NuvidApp::callback(const EFileBrowser::FileInfo& entry, int reason)
@@ -89,9 +145,6 @@ void NuvidApp::callback(const EFileBrowser::FileInfo& entry, int reason)
     }
 }
 
-// The question is asked once there is a dialog to ask it with; until then a file plays from its start.
-void NuvidApp::AskForResume() { }
-
 // ---- moving along the queue
 
 bool NuvidApp::NextFile()
@@ -106,7 +159,7 @@ bool NuvidApp::NextFile()
 bool NuvidApp::PrevFile()
 {
     while (!WaitWasEnded() && m_Queue.StepBack()) {
-        if (OpenEntryAtCursor()) {
+        if (OpenEntryAtCursor(false)) {
             return true;
         }
     }
@@ -124,7 +177,7 @@ void NuvidApp::EndOfFileReached()
     }
     PlayQueue::Forward walk(m_Queue);
     while (!WaitWasEnded() && walk.Step()) {
-        if (OpenEntryAtCursor()) {
+        if (OpenEntryAtCursor(false)) {
             return;
         }
     }
@@ -162,7 +215,7 @@ void NuvidApp::OnWormholeMessage(const CascadeMessage& message)
 
 void NuvidApp::OpenSelected()
 {
-    OpenFile(m_CurrentEntry);
+    OpenFile(m_CurrentEntry, true);
 }
 
 bool NuvidApp::OpenListEntry()
@@ -171,7 +224,7 @@ bool NuvidApp::OpenListEntry()
         OnKeyDown(Remote::kMenu);
         return true;
     }
-    if (OpenEntryAtCursor() || WaitWasEnded()) {
+    if (OpenEntryAtCursor(true) || WaitWasEnded()) {
         return true;
     }
     m_Queue.SkipFailedEntry();

@@ -3,6 +3,7 @@
 
 #include "app/MThemeSelect.h"
 #include "app/NuvidApp.h"
+#include "app/OptionStore.h"
 #include "platform/CascadeInput.h"
 #include "platform/CascadeScreen.h"
 #include "platform/CascadeTime.h"
@@ -34,6 +35,7 @@ void NuvidApp::OnAppInit()
     g_ThemeSelect.SetAppFolder(g_AppFolder);
     g_ThemeSelect.SetTheme("Ice");
 
+    OptionStore::Load(g_AppFolder, m_Options, m_Recent);    // parameters come after them, and win
     ParameterParser parser(m_Options, *this);
     for (int i = 1; i < GetArgCount(); ++i) {
         parser.Take(GetArg(i));
@@ -49,6 +51,7 @@ void NuvidApp::OnAppInit()
         m_Decoder.SetBufferSize(kLargestBuffer);
     }
 
+    BuildMenus();
     m_Sequence.Begin(SEQ_OPEN_LIST_ENTRY, m_Queue.IsEmpty() ? 0 : kFirstActionTicks);
     g_LastUITick_ms = CascadeTime::GetUptimeMilliseconds();
     RegisterECPCommand("Nuvid");
@@ -56,6 +59,7 @@ void NuvidApp::OnAppInit()
 
 void NuvidApp::OnAppExit()
 {
+    OptionStore::Save(m_Options, m_Recent);
     m_Decoder.DoTheClose();
     CascadeApp::OnAppExit();
 }

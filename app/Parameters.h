@@ -20,6 +20,9 @@ struct StartOptions {
     int fontSize = 40;    // points
     uint32_t infoTimeoutMs = 2500;    // how long a status text stays
     int iconSize = 0;    // of the browser: 0 small, 2 large, 3 extra large
+    int resumeTimeout = 0;    // seconds; 0: the question waits for ever
+    int browserMode = 0;    // the browser's filter as it is now, in the numbers of the options menu
+    int browserModeDefault = 0;    // and as it is at the next start
     bool hideSize = false;
     bool menuAtEnd = false;
     bool exitAtEnd = false;

@@ -20,6 +20,15 @@ void PlayQueue::Clear()
     m_CurFileIdx = 0;
 }
 
+std::vector<CascadeString> PlayQueue::Paths() const
+{
+    std::vector<CascadeString> paths;
+    for (const EFileBrowser::FileInfo& entry : m_FileList) {
+        paths.push_back(entry.path);
+    }
+    return paths;
+}
+
 bool PlayQueue::StepBack()
 {
     if (m_CurFileIdx < 1) {

@@ -20,7 +20,9 @@ public:
 
     void Clear();    // the cursor goes to 0
     void Append(const EFileBrowser::FileInfo& entry) { m_FileList.push_back(entry); }
-    void SkipFailedEntry() { ++m_CurFileIdx; }
+    // Never further than one past the end, where the next item to be appended comes to stand.
+    void SkipFailedEntry() { m_CurFileIdx += m_CurFileIdx < Size() ? 1 : 0; }
+    std::vector<CascadeString> Paths() const;
 
     // One step back; false at the first item.
     bool StepBack();

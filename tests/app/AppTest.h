@@ -49,6 +49,17 @@ protected:
         const auto drawings = TestPlatform::Paint(Osd());
         return TestPlatform::FindText(drawings, text) != nullptr;
     }
+    // The window of that title, or null while it is not on the screen.
+    static CascadeWindow* Window(const std::string& title)
+    {
+        for (CascadeWindow* const window : TestPlatform::WindowsOnScreen()) {
+            if (window->GetTitle() == title.c_str()) {
+                return window;
+            }
+        }
+        return nullptr;
+    }
+    static bool MainMenuIsOpen() { return Window(Menus::kRows[Menus::kMain].title) != nullptr; }
     std::string Said(const std::function<void()>& action)
     {
         testing::internal::CaptureStdout();

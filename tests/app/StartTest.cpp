@@ -28,9 +28,16 @@ TEST_F(StartTest, TheFirstFileIsOpenedAfterThreeTicks)
 TEST_F(StartTest, WithoutAFileTheViewerIsAskedAtTheFirstTick)
 {
     Start({});
+    EXPECT_FALSE(MainMenuIsOpen());
+    TestPlatform::Tick();
+    EXPECT_TRUE(MainMenuIsOpen());
+    EXPECT_FALSE(TestPlatform::WasTerminated());
+    m_pApp.reset();
+    TestPlatform::Reset();
+    Start({"-nomenu"});
     TestPlatform::Tick();
     EXPECT_TRUE(Shows("Press [Menu] to open a file"));
-    EXPECT_FALSE(TestPlatform::WasTerminated());
+    EXPECT_FALSE(MainMenuIsOpen());
 }
 
 TEST_F(StartTest, UnattendedWithoutAFileQuits)
@@ -57,7 +64,7 @@ TEST_F(StartTest, WhenAllFilesFailTheViewerIsAsked)
 {
     Start({m_Folder / "missing.mpg", ":repeat"});
     TestPlatform::Tick(6);
-    EXPECT_TRUE(Shows("Press [Menu] to open a file"));
+    EXPECT_TRUE(MainMenuIsOpen());
 }
 
 TEST_F(StartTest, ATitleIsShownInPlaceOfThePath)

@@ -48,7 +48,7 @@ TEST_F(WaitingTest, StopEndsTheWaitAndTheQueueIsLeftAlone)
         EXPECT_EQ(Status(), "Stopped");
         EXPECT_TRUE(Shows("Stop"));
         TestPlatform::PressKey(Remote::kMenu);    // keys are heard again
-        EXPECT_TRUE(Shows("Press [Menu] to open a file"));
+        EXPECT_TRUE(MainMenuIsOpen());
         m_pApp.reset();
     }
 }
