@@ -194,7 +194,7 @@ std::vector<CascadeString> EUtils::WrapText(const CascadeFont& font, const Casca
             word += c;
             continue;
         }
-        const std::string longer = line.empty() ? word : line + " " + word;
+        const std::string longer = line.empty() || word.empty() ? line + word : line + " " + word;
         if (!line.empty() && font.GetTextExtent(longer.c_str()).width > maxWidth) {
             lines.emplace_back(line);
             line = word;

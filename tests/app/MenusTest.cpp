@@ -1,0 +1,235 @@
+// The menus in the whole application: what their items do, the options, and the resume question.
+#include "app/KeyTable.h"
+#include "tests/app/AppTest.h"
+
+namespace {
+
+class MenusTest : public AppTest {
+protected:
+    std::string TopWindow() { return TestPlatform::WindowsOnScreen().back()->GetTitle().Str(); }
+    // The focus goes down by so many items, and select is pressed; injected keys arrive.
+    void Choose(int item)
+    {
+        for (int i = 0; i < item; ++i) {
+            TestPlatform::PressKey(Remote::kDown);
+        }
+        TestPlatform::PressKey(Remote::kSelect);
+        TestPlatform::DeliverKeys();
+    }
+    void Down(int times, unsigned long thenKey)
+    {
+        for (int i = 0; i < times; ++i) {
+            TestPlatform::PressKey(Remote::kDown);
+        }
+        TestPlatform::PressKey(thenKey);
+    }
+    std::string WriteResumePoint(const std::string& name)
+    {
+        const std::string path = MakeFile(name + ".mpg");
+        m_Folder.Write(name + ".nuvid", "#Nuvid File. Do not modify\nr " + name + ".mpg@104857600\n");
+        return path;
+    }
+    bool Asked() { return Window("Resume Playback") != nullptr; }
+    std::map<std::string, std::string> SavedOptions()
+    {
+        m_pApp->OnAppExit();
+        return TestPlatform::Settings()["orvandi.nuvid.settings"];
+    }
+};
+
+TEST_F(MenusTest, EachItemLeadsWhereItSays)
+{
+    const char* const ask = "Press [Menu] to open a file";
+    const struct {
+        std::vector<int> items;
+        const char* window;    // on top afterwards; null: the main window, with a text
+        const char* text;
+    } cases[] = {
+        {{0}, nullptr, ask}, {{1}, nullptr, ask}, {{2}, "Nuvid Recent Files", nullptr}, {{3}, "Nuvid Options", nullptr},
+        {{4}, "Nuvid Advanced Menu", nullptr}, {{4, 0}, nullptr, ask}, {{4, 1}, nullptr, "No files to save!"},
+        {{4, 2}, Menus::kRows[Menus::kMain].title, nullptr}, {{3, 6}, Menus::kRows[Menus::kMain].title, nullptr},
+        {{2, 4}, nullptr, "File open failed"},    // a slot that has not been used
+    };
+    for (const auto& c : cases) {
+        Start({});
+        TestPlatform::Tick();
+        for (const int item : c.items) {
+            Choose(item);
+        }
+        const std::string title = c.window == nullptr ? "Nuvid" : c.window;
+        EXPECT_EQ(TopWindow(), title);
+        EXPECT_EQ(TestPlatform::FocusWindow()->GetTitle().Str(), title);
+        EXPECT_TRUE(c.text == nullptr || Shows(c.text)) << c.text;
+        m_pApp.reset();
+        TestPlatform::Reset();
+    }
+}
+
+TEST_F(MenusTest, WhileAMenuIsOpenKeysAreItsOwn)
+{
+    Play({MakeFile("a.mpg")});
+    TestPlatform::PressKey(Remote::kMenu);
+    EXPECT_EQ(Pressed(Remote::kStop) + Pressed(Remote::kPause) + Pressed(Remote::kFastForward), "");
+    TestPlatform::Command("Nuvid stop");
+    EXPECT_EQ(Status(), "Playing");
+    // What comes from outside is put into the queue below the menu; opened, it takes the menu's place.
+    TestPlatform::Command(("Nuvid queue " + MakeFile("b.mpg")).c_str());
+    TestPlatform::Command("Nuvid stop");
+    EXPECT_EQ(Status(), "Playing");
+    EXPECT_TRUE(MainMenuIsOpen());
+    TestPlatform::Command(("Nuvid open " + MakeFile("c.mpg")).c_str());
+    EXPECT_FALSE(MainMenuIsOpen());
+    TestPlatform::Tick(4);
+    EXPECT_EQ(CurrentFile(), "c.mpg");
+    TestPlatform::PressKey(Remote::kMenu);
+    TestPlatform::PressKey(Remote::kMenu);
+    EXPECT_EQ(TestPlatform::FocusWindow(), &Osd());
+    EXPECT_TRUE(TestPlatform::NeedsPaint(Osd()));
+    TestPlatform::PressKey(Remote::kStop);
+    EXPECT_EQ(Status(), "Stopped");
+    TestPlatform::PressKey(Remote::kMenu);
+    m_pApp->OnMenu(Menus::kQuit);
+    EXPECT_TRUE(TestPlatform::WasTerminated());
+}
+
+TEST_F(MenusTest, OptionsAreShownAsTheyAreAndTakenOverOnDone)
+{
+    std::filesystem::create_directories(m_Folder / "Themes/Ice");
+    std::filesystem::create_directories(m_Folder / "Themes/Dark");
+    TestPlatform::Settings()["orvandi.nuvid.settings"] = {{"BrowserMode", "3"}, {"ResumeTimeout", "7"}};
+    Start({"-minfilesize=60000000", "-largeicons", "-fontsize=29"});
+    TestPlatform::Tick();
+    Choose(3);
+    auto drawings = TestPlatform::Paint(*Window("Nuvid Options"));
+    for (const char* const text : {"All", "100 MB", "Large", "24", "Infinite", "Ice"}) {
+        EXPECT_NE(TestPlatform::FindText(drawings, text), nullptr) << text;
+    }
+    Down(4, Remote::kRight);    // a time-out
+    Down(1, Remote::kRight);    // round to the first theme
+    Down(0, Remote::kRight);
+    Choose(1);
+    EXPECT_TRUE(MainMenuIsOpen());
+    TestPlatform::PressKey(Remote::kExit);
+    TestPlatform::PressKey(Remote::kInfo);
+    EXPECT_EQ(TestPlatform::FindText(TestPlatform::Paint(Osd()), "No file")->fontSize, 24);
+    auto saved = SavedOptions();
+    EXPECT_EQ(saved["BrowserMode"] + saved["IconSize"] + saved["FontSize"] + saved["ResumeTimeout"], "31245");
+    EXPECT_EQ(saved["MinFileSize"], "104857600");
+    EXPECT_EQ(saved["Theme"], "Dark");
+}
+
+TEST_F(MenusTest, RecentFilesAreListedAndOpened)
+{
+    const std::string a = MakeFile("a.mpg");
+    const std::string deep = MakeFile(std::string(100, 'b') + ".mpg");
+    Play({a});
+    m_pApp->OpenFile(deep.c_str(), true);
+    TestPlatform::PressKey(Remote::kMenu);
+    Choose(2);
+    const auto drawings = TestPlatform::Paint(*Window("Nuvid Recent Files"));
+    EXPECT_NE(TestPlatform::FindText(drawings, EUtils::TrimStringToWidth(deep.c_str(), 580, GetWidgetFont(0), true).Str()), nullptr);
+    EXPECT_NE(TestPlatform::FindText(drawings, a), nullptr);
+    Choose(1);
+    EXPECT_EQ(CurrentFile(), "a.mpg");
+    auto saved = SavedOptions();
+    EXPECT_EQ(saved["Recent0"], a);
+    EXPECT_EQ(saved["Recent1"], deep);
+}
+
+TEST_F(MenusTest, PlaybackOptionsShowTheStreamsAndApplyTheChoice)
+{
+    TestPlatform::MPEGScript script = TestPlatform::SimpleProgramStream();
+    script.programs[0].audio.push_back(script.programs[0].audio[0]);
+    TestPlatform::SetMPEGScript(script);
+    Play({"-PALRes=3", MakeFile("a.mpg")});
+    TestPlatform::PressKey(Remote::kInfo);
+    const std::string said = Pressed(Remote::kInfo);
+    EXPECT_TRUE(Has(said, "Audio 1: Audio 1 of 2\nAudio 2: Audio 2 of 2\n")) << said;
+    Down(1, Remote::kRight);
+    Down(1, Remote::kLeft);
+    const auto drawings = TestPlatform::Paint(*Window("Nuvid Playback Options"));
+    for (const char* const text : {"Program 1", "Audio 2 of 2", "PAL (3)"}) {
+        EXPECT_NE(TestPlatform::FindText(drawings, text), nullptr) << text;
+    }
+    TestPlatform::PressKey(Remote::kRight);    // back to the default resolution
+    Choose(1);
+    EXPECT_TRUE(Shows("Audio 2 of 2"));
+    TestPlatform::Tick(30);
+    TestPlatform::PressKey(Remote::kInfo);
+    EXPECT_TRUE(Shows("Audio 2 of 2"));
+}
+
+// ---- the resume question
+
+TEST_F(MenusTest, YesGoesOnWherePlaybackStopped)
+{
+    Play({WriteResumePoint("a")});
+    ASSERT_TRUE(Asked());
+    EXPECT_EQ(Status(), "Playing");
+    EXPECT_EQ(Pressed(Remote::kStop), "");
+    TestPlatform::PressKey(Remote::kSelect);
+    EXPECT_FALSE(Asked());
+    EXPECT_EQ(TestPlatform::DispatchedKeys(), (std::vector<TestPlatform::DispatchedKey> {{Remote::kInfo, true}, {Remote::kInfo, false}}));
+    TestPlatform::DeliverKeys();
+    EXPECT_TRUE(Shows("a.mpg: 9%"));
+    TestPlatform::PressKey(Remote::kStop);    // keys are heard again
+    EXPECT_EQ(Status(), "Stopped");
+}
+
+TEST_F(MenusTest, AnyOtherAnswerPlaysOnFromTheStart)
+{
+    TestPlatform::Settings()["orvandi.nuvid.settings"]["ResumeTimeout"] = "5";
+    const std::string a = WriteResumePoint("a");
+    const std::function<void()> answers[] = {
+        [] {
+            TestPlatform::PressKey(Remote::kRight);
+            TestPlatform::PressKey(Remote::kSelect);
+        },
+        [] { TestPlatform::PressKey(Remote::kExit); },
+        [] { TestPlatform::RunFor(5000); },
+    };
+    for (const auto& answer : answers) {
+        Play({a});
+        ASSERT_TRUE(Asked());
+        answer();
+        EXPECT_FALSE(Asked());
+        EXPECT_TRUE(TestPlatform::DispatchedKeys().empty());
+        TestPlatform::PressKey(Remote::kInfo);
+        EXPECT_TRUE(Shows("a.mpg: 0%"));
+        m_pApp.reset();
+        WriteResumePoint("a");
+    }
+}
+
+TEST_F(MenusTest, NothingIsAskedInAQueueOverAMenuOrWhenSwitchedOff)
+{
+    const std::string a = WriteResumePoint("a");
+    Play({a, MakeFile("b.mpg")});
+    EXPECT_FALSE(Asked());
+    m_pApp.reset();
+    TestPlatform::Reset();
+    WriteResumePoint("a");
+    Play({"-noresume", a});
+    EXPECT_FALSE(Asked());
+    m_pApp.reset();
+    TestPlatform::Reset();
+    WriteResumePoint("a");
+    Start({});
+    TestPlatform::Tick();
+    m_pApp->OpenFile(a.c_str(), false);
+    EXPECT_FALSE(Asked());
+    EXPECT_TRUE(MainMenuIsOpen());
+}
+
+TEST_F(MenusTest, AFileOpenedFromOutsideWithdrawsTheQuestion)
+{
+    Play({WriteResumePoint("a")});
+    TestPlatform::Command(("Nuvid open " + MakeFile("b.mpg")).c_str());
+    EXPECT_FALSE(Asked());
+    TestPlatform::Tick(4);
+    EXPECT_EQ(CurrentFile(), "b.mpg");
+    m_pApp->OnDialogResult("Resume", "Yes");    // b has nowhere to go on from
+    EXPECT_TRUE(Shows("Resume failed!"));
+}
+
+}    // namespace
