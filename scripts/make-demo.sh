@@ -23,9 +23,10 @@ chord() {
   done
   echo "aevalsrc=exprs='$left|$right':sample_rate=48000:duration=15,afade=t=in:d=1.5,afade=t=out:st=13.5:d=1.5"
 }
+# A little grain, as film has it: without any the pictures would be far smaller than those of a broadcast.
 make() {    # file, picture, sound, titles
   ffmpeg -hide_banner -loglevel error -nostdin -y -threads 1 -f lavfi -i "$2" -f lavfi -i "$3" \
-    -vf "$4,fade=t=in:d=1,fade=t=out:st=14:d=1,format=yuv420p" -c:v mpeg2video -b:v 4M -maxrate 7M -bufsize 1835k -g 12 -bf 2 \
+    -vf "$4,fade=t=in:d=1,fade=t=out:st=14:d=1,noise=alls=7:allf=t,format=yuv420p" -c:v mpeg2video -b:v 4800k -minrate 4800k -maxrate 4800k -bufsize 1835k -g 12 -bf 2 \
     -aspect 16:9 -c:a mp2 -b:a 192k -f vob "$folder/$1.part"
   mv "$folder/$1.part" "$folder/$1"
 }

@@ -144,7 +144,7 @@ class Memory(unittest.TestCase):
                 text = file.read()
             self.assertIn("show_1.mpg", text)
             with Player(path) as player:
-                player.wait_stats(lambda s: len(s["windows"]) >= 2, what="the question whether to resume")
+                player.wait_stats(lambda s: any("Resume" in title for title in s["windows"]), what="the question whether to resume")
                 player.cmd("Cascade key 0x1000B")
                 wait_for(lambda: player.cmd("Nuvid status") == "Playing", 10, "playing after the answer")
 
