@@ -37,7 +37,7 @@ bool NuvidApp::OpenFile(const EFileBrowser::FileInfo& entry, bool addToRecent)
         if (addToRecent) {
             m_Recent.Add(Playlist::Absolute(entry.path));
         }
-        return OpenPlaylist(CascadeString(entry.path));
+        return OpenPlaylist(CascadeString(entry.path));    // a copy: the entry may be the current one, which changes
     }
     if (!m_Decoder.DoTheOpen(entry.path)) {
         std::printf("File open failed!\n");

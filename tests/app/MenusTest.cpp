@@ -152,7 +152,9 @@ TEST_F(MenusTest, PlaybackOptionsShowTheStreamsAndApplyTheChoice)
         EXPECT_NE(TestPlatform::FindText(drawings, text), nullptr) << text;
     }
     TestPlatform::PressKey(Remote::kRight);    // back to the default resolution
+    TestDecoder::ClearCalls();
     Choose(1);
+    EXPECT_EQ(TestDecoder::Count("SelectPIDs"), 1);    // no change of resolution: the program alone
     EXPECT_TRUE(Shows("Audio 2 of 2"));
     TestPlatform::Tick(30);
     TestPlatform::PressKey(Remote::kInfo);
@@ -167,6 +169,8 @@ TEST_F(MenusTest, YesGoesOnWherePlaybackStopped)
     ASSERT_TRUE(Asked());
     EXPECT_EQ(Status(), "Playing");
     EXPECT_EQ(Pressed(Remote::kStop), "");
+    TestPlatform::Command("Nuvid stop");
+    EXPECT_EQ(Status(), "Playing");
     TestPlatform::PressKey(Remote::kSelect);
     EXPECT_FALSE(Asked());
     EXPECT_EQ(TestPlatform::DispatchedKeys(), (std::vector<TestPlatform::DispatchedKey> {{Remote::kInfo, true}, {Remote::kInfo, false}}));
