@@ -1,5 +1,7 @@
 #include "platform/CascadeMPEGFile.h"
 
+#include <malloc.h>
+
 #include <vector>
 
 #include "host/decoder/StreamKind.h"
@@ -44,8 +46,11 @@ bool CascadeMPEGFile::SetStream(CascadeStream* stream)
     if (m_pImpl->type != kUnsupported) {
         m_pImpl->programs = host::ScanStream(*stream, m_pImpl->type, seen);
     }
+    const bool readable = !seen.empty() && !interrupted;
+    seen = {};
+    malloc_trim(0);    // megabytes that the probing held, in pieces that nothing else would use again
     const bool back = stream->SeekToPosition(position);
-    return back && !interrupted && !seen.empty();
+    return back && readable;
 }
 
 CascadeMPEGFile::StreamType CascadeMPEGFile::GetStreamType() const

@@ -63,6 +63,7 @@ bool CodedStore::Wanted(bool low) const
     const Line& video = m_Lines[kVideo];
     const Line& audio = m_Lines[kAudio];
     const auto part = [low](auto whole) { return low ? whole * 3 / 4 : whole; };
+    const auto half = [low](auto whole) { return low ? whole / 2 : whole; };
     if (!video.seen || !m_bVideoPossible) {
         return Span(audio) < part(kSoundAloneTicks) && audio.bytes < kSoundAloneBytes;
     }
@@ -70,7 +71,7 @@ bool CodedStore::Wanted(bool low) const
         return false;
     }
     const bool high = m_nHeight > 576;
-    const bool enough = high ? (Span(video) >= part(kHighTicks) || video.bytes >= kHighBytes) : video.bytes >= part(kStandardBytes);
+    const bool enough = high ? (Span(video) >= half(kHighTicks) || video.bytes >= kHighBytes) : video.bytes >= part(kStandardBytes);
     if (!enough) {
         return true;
     }

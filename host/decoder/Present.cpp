@@ -1,5 +1,7 @@
 #include "host/decoder/Present.h"
 
+#include <algorithm>
+
 #include "host/decoder/StampLine.h"
 
 namespace host {
@@ -12,7 +14,9 @@ constexpr int64_t kTooLateTicks = 2700;    // beyond its own duration
 constexpr std::chrono::milliseconds kDrought{100};
 constexpr std::chrono::milliseconds kEarly{1};
 constexpr size_t kPictures = 5;
-constexpr size_t kLargePictures = 3;      // of high definition, three megabytes each
+constexpr size_t kLargePictures = 2;      // of high definition, three megabytes each
+constexpr size_t kLargeFields = 3;        // the same at field rate
+constexpr int64_t kFieldTicks = 2700;     // a picture that stands for less is one of two fields
 constexpr size_t kRefillAt = 2;
 
 }    // namespace
@@ -65,13 +69,21 @@ VideoPlacement Present::Placement() const
 
 size_t Present::Capacity() const
 {
-    return !m_Queue.empty() && m_Queue.front().frame.height > 576 ? kLargePictures : kPictures;
+    if (m_Queue.empty() || m_Queue.front().frame.height <= 576) {
+        return kPictures;
+    }
+    return m_Queue.front().duration < kFieldTicks ? kLargeFields : kLargePictures;
+}
+
+size_t Present::RefillAt() const
+{
+    return std::min(kRefillAt, Capacity() - 1);
 }
 
 bool Present::WaitForRoom(Opening::Number opening)
 {
     std::unique_lock lock(m_Mutex);
-    m_Room.wait(lock, [&] { return !m_Opening.Is(opening) || m_Queue.size() <= kRefillAt; });
+    m_Room.wait(lock, [&] { return !m_Opening.Is(opening) || m_Queue.size() <= RefillAt(); });
     return m_Opening.Is(opening);
 }
 
@@ -164,7 +176,7 @@ void Present::Show(VideoFrame& frame, Clock::time_point due)
     m_bHandedOut = true;
     m_bOnScreen = true;
     m_BlackAt.reset();
-    if (m_Queue.size() <= kRefillAt) {
+    if (m_Queue.size() <= RefillAt()) {
         m_Room.notify_one();
     }
 }

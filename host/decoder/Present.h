@@ -49,6 +49,7 @@ public:
 
 private:
     size_t Capacity() const;
+    size_t RefillAt() const;
     bool TakeBlack(Clock::time_point now, VideoFrame& frame, Clock::time_point& next);
     void DropLate(Clock::time_point now);
     bool ShowFirst(Clock::time_point now, VideoFrame& frame);

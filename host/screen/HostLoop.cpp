@@ -95,19 +95,11 @@ void HostLoop::KeepScreenAwake()
     m_AwakeUntil = Clock::now() + kStayAwake;
 }
 
-// The first wish is the Exit key, which may only close a menu; the second one means it.
+// Not by way of the Exit key, which may only close a menu: who closes the window, or sends a signal, means
+// the program. The application saves and closes everything in OnAppExit.
 void HostLoop::OnCloseWanted()
 {
-    if (++m_nCloseWishes > 1) {
-        End();
-        return;
-    }
-    for (const Event::Kind kind : {Event::Kind::kKeyDown, Event::Kind::kKeyUp}) {
-        Event event;
-        event.kind = kind;
-        event.key = Remote::kExit;
-        EventQueue::Instance().Push(std::move(event));
-    }
+    End();
 }
 
 void HostLoop::TakeInput()

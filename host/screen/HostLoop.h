@@ -60,7 +60,6 @@ private:
     KeyRouter m_Keys;
     std::vector<Event> m_HeldBack;    // releases of keys that were pressed before a wait
     host::Clock::time_point m_AwakeUntil;    // max(): the screen saver may come
-    int m_nCloseWishes = 0;
     bool m_bEnded = false;
 };
 
