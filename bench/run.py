@@ -31,10 +31,11 @@ WIDTH, HEIGHT = 1280, 720
 
 # --- media ---------------------------------------------------------------------------------------------
 def make_media(folder, seconds):
-    """Two marks in each picture: a block that is white in every other picture (longest gap), and one that
-    changes its colour every ten seconds (a skip has arrived)."""
+    """Two marks in each picture: a block that is white in every other picture (longest gap; it also covers
+    a fifth of the screen's width in a narrow picture), and one that changes its colour every ten seconds
+    (a skip has arrived)."""
     os.makedirs(folder, exist_ok=True)
-    marks = ("drawbox=x=iw*0.05:y=ih*0.45:w=iw*0.1:h=ih*0.1:c=black:t=fill,drawbox=x=iw*0.05:y=ih*0.45:w=iw*0.1:h=ih*0.1:c=white:t=fill:enable='mod(n,2)',"
+    marks = ("drawbox=x=iw*0.05:y=ih*0.45:w=iw*0.2:h=ih*0.1:c=black:t=fill,drawbox=x=iw*0.05:y=ih*0.45:w=iw*0.2:h=ih*0.1:c=white:t=fill:enable='mod(n,2)',"
              "drawbox=x=iw*0.85:y=ih*0.45:w=iw*0.1:h=ih*0.1:c=red:t=fill,drawbox=x=iw*0.85:y=ih*0.45:w=iw*0.1:h=ih*0.1:c=blue:t=fill:enable='mod(floor(t/10),2)'")
     noise = "noise=alls=12:allf=t"
     recipes = {
@@ -207,7 +208,7 @@ def measure_play(screen, player, program, path, seconds, bwdif=False, watch_gap=
                 cpu_rate = (run.cpu() - cpu) / span
                 break
             if watch_gap and counts is not None:
-                is_white = screen.pixel(0.1, 0.5)[0] > 128
+                is_white = screen.pixel(0.2, 0.5)[0] > 128
                 if is_white != white:
                     if last is not None:
                         gap = max(gap, time.monotonic() - last)
