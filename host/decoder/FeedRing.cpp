@@ -162,7 +162,7 @@ void FeedRing::Rest(std::unique_lock<std::mutex>& lock, std::chrono::millisecond
 }
 
 // Everything has been taken: the demultiplexer hears of the end, and what is left is played.
-void FeedRing::EndReached(std::unique_lock<std::mutex>& lock)
+bool FeedRing::EndReached(std::unique_lock<std::mutex>& lock)
 {
     m_bEnd = true;
     m_DataChanged.notify_all();
@@ -172,10 +172,11 @@ void FeedRing::EndReached(std::unique_lock<std::mutex>& lock)
         lock.unlock();
         const bool over = m_PlayedOut();
         lock.lock();
-        if (over) {
-            return;
+        if (over || Clock::now() >= deadline) {
+            return true;
         }
-    } while (m_bStreaming && !m_bErrorAsked && Clock::now() < deadline);
+    } while (m_bStreaming && !m_bErrorAsked);
+    return false;
 }
 
 void FeedRing::Run()
@@ -197,9 +198,8 @@ void FeedRing::Run()
             continue;
         }
         if (m_bLastFillShort && m_nZeroFills + 1 == m_Buffers.size()) {
-            m_bLastFillShort = false;
-            EndReached(lock);
-            continue;    // stopped meanwhile, perhaps
+            m_bLastFillShort = !EndReached(lock);
+            continue;
         }
         Offer(lock);
     }

@@ -68,7 +68,7 @@ private:
     void Run();
     void Offer(std::unique_lock<std::mutex>& lock);
     void Rest(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds time);
-    void EndReached(std::unique_lock<std::mutex>& lock);
+    bool EndReached(std::unique_lock<std::mutex>& lock);    // false: stopped before all was played
 
     Opening& m_Opening;
     const Fill m_Fill;

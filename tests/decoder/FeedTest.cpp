@@ -38,7 +38,7 @@ struct Script {
 
 class Ring : public testing::Test {
 protected:
-    Ring() : ring(opening, [this](unsigned char* b, unsigned long n) { return script.Fill(b, n); }, [] {})
+    Ring() : ring(opening, [this](unsigned char* b, unsigned long n) { return script.Fill(b, n); }, [] {}, [this] { return playedOut.load(); })
     {
         EXPECT_TRUE(ring.Configure(4, 1000));
         number = opening.Begin();
@@ -51,6 +51,7 @@ protected:
     }
 
     Script script;
+    std::atomic<bool> playedOut{true};
     host::Opening opening;
     host::FeedRing ring;
     host::Opening::Number number = 0;
@@ -85,6 +86,24 @@ TEST_F(Ring, ShortFillAtTheEndIsAskedAgainOnlyAfterAllWasTakenAndThenItEnds)
     EXPECT_EQ(Take(100), 0);                // a whole turn of nothing: the end
     ring.Stop();
     EXPECT_EQ(script.offered[6], script.offered[2]);
+}
+
+TEST_F(Ring, TheLastBufferComesBackOnlyWhenItHasBeenPlayedAlsoAcrossAPause)
+{
+    playedOut = false;
+    script.answer = [](size_t call) { return call == 0 ? 300ul : 0ul; };
+    ring.Start();
+    EXPECT_EQ(Take(300), 300);
+    ASSERT_TRUE(script.WaitForCalls(4));
+    EXPECT_EQ(Take(10), 0);    // who reads hears of the end at once, so that all is decoded
+    ring.Stop();
+    ring.Start();
+    EXPECT_EQ(Take(10), 0);
+    EXPECT_EQ(script.Calls(), 4u);
+    playedOut = true;
+    ASSERT_TRUE(script.WaitForCalls(5));
+    ring.Stop();
+    EXPECT_EQ(script.offered[4], script.offered[0]);
 }
 
 TEST_F(Ring, OneBufferUntilTheTurnIsRoundCostsNoTime)
