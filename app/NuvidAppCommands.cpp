@@ -1,5 +1,7 @@
 // What external commands do. Those that press a key obey the rules of keys: they are ignored while an
 // action is pending or a menu is open, and reply "OK" all the same.
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "app/CommandTable.h"
@@ -53,7 +55,7 @@ void NuvidApp::PostponeCommand(const CommandRow& row, const CascadeString& rest)
 void NuvidApp::OnSkipCommand(const char* text, Osd::Icon icon, SequenceState state, const char* seconds)
 {
     Info(text, icon);
-    m_Sequence.Schedule(state, static_cast<int>(std::strtol(seconds, nullptr, 10)));
+    m_Sequence.Schedule(state, static_cast<int>(std::clamp(std::strtol(seconds, nullptr, 10), long{INT32_MIN}, long{INT32_MAX})));
     m_Windows.CloseAll(KeyTable::kPrevBookmark | KeyTable::kPrevChapter);
 }
 

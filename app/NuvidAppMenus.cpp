@@ -172,6 +172,7 @@ void NuvidApp::OpenRecent(size_t slot)
     m_SelectedEntry = {};
     m_SelectedEntry.path = m_SelectedEntry.location = m_Recent[slot];
     m_CurrentEntry = m_SelectedEntry;
+    m_Sequence.GoIdle();    // an end of file that is still being waited for is not this file's
     OpenFile(m_CurrentEntry, true);
 }
 
@@ -281,6 +282,7 @@ void NuvidApp::OnDialogResult(const CascadeString& dialogName, const CascadeStri
     if (dialogName != "Resume" || button != "Yes") {
         return;
     }
+    m_Sequence.GoIdle();
     if (m_Decoder.SkipToResumePoint()) {
         PressKey(Remote::kInfo);    // shows the new position
     } else {

@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,7 +14,7 @@ constexpr int kLargeIcons = 2;
 
 long Number(const char* text)
 {
-    return std::strtol(text, nullptr, 10);
+    return std::clamp(std::strtol(text, nullptr, 10), long{INT32_MIN}, long{INT32_MAX});
 }
 
 }    // namespace

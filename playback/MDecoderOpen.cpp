@@ -28,10 +28,11 @@ CascadeStream* OpenHTTPStream(const char* url)
     return stream.release();
 }
 
-// The sequence takes a name with a "~" as it is, so without a folder its side file would go to the root.
+// The sequence's own steps name files with their whole path, and a place is found by comparing such names.
 CascadeString WithFolder(const CascadeString& name)
 {
-    return name.Contains("~", true) && !name.Contains("/", true) ? CascadeFile(name).GetFullPath() : name;
+    const bool stands = name.IsEmpty() || name.Left(1) == "/" || name.Compare("http://", false, false, 7) == 0;
+    return stands ? name : CascadeFile(name).GetFullPath();
 }
 
 }    // namespace
@@ -108,6 +109,7 @@ bool MDecoder::OpenAndSelect(const char* path)
     if (!OpenDecoder()) {
         return false;    // nobody else has the stream yet, so it ends here
     }
+    std::printf("Opened MPEG decoder\n");
     m_pHWDecoder->SetStream(stream.release());
     m_pHWDecoder->m_bEOF = false;
     m_bFileOpen = 1;

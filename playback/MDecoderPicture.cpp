@@ -103,6 +103,7 @@ bool MDecoder::ResumeOnNewFeeder(const char* path, unsigned long long position)
         DoTheClose();
         return false;
     }
+    std::printf("Opened MPEG decoder\n");
     // The same zoom on the new resolution.
     m_nZoomMode -= 1;
     NextZoomMode();

@@ -166,7 +166,9 @@ bool MHWDecoder::MayFillAfterReopen(const unsigned char* buffer)
 
 bool MHWDecoder::UserInterfaceIsStarving()
 {
-    const uint32_t elapsed = CascadeTime::GetUptimeMilliseconds() - g_LastUITick_ms;
+    // The tick first: one that falls between the two reads would look like one from the future.
+    const uint32_t tick = g_LastUITick_ms;
+    const uint32_t elapsed = CascadeTime::GetUptimeMilliseconds() - tick;
     if (elapsed > 0x80000000U) {
         g_LastUITick_ms = 0;    // a tick in the future
         return false;
