@@ -2,8 +2,6 @@
 
 #include <strings.h>
 
-#include <algorithm>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -14,7 +12,7 @@ constexpr int kLargeIcons = 2;
 
 long Number(const char* text)
 {
-    return std::clamp(std::strtol(text, nullptr, 10), long{INT32_MIN}, long{INT32_MAX});
+    return std::strtol(text, nullptr, 10);
 }
 
 }    // namespace
