@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <climits>
+#include <malloc.h>
 #include <unistd.h>
 
 #include "host/base/HostHooks.h"
@@ -41,6 +42,14 @@ RunState& State()
     return state;
 }
 
+// A picture or a window's surface takes megabytes and comes and goes. Left to itself the allocator begins to
+// keep such blocks in its heap, where they stay resident and have to be cleared by hand.
+void KeepMemorySmall()
+{
+    mallopt(M_MMAP_THRESHOLD, 512 * 1024);
+    mallopt(M_TRIM_THRESHOLD, 512 * 1024);
+}
+
 // The program as the kernel knows it: a bare name that the shell found on its path gets its folder.
 std::string ProgramPath(const std::string& given)
 {
@@ -74,6 +83,7 @@ int CascadeApp::Run(int argc, char** argv)
         std::fputs(parsed.options.help ? host::HostHelpText() : screen::kVersionText, stdout);
         return 0;
     }
+    KeepMemorySmall();
     host::SetCurrentHostOptions(parsed.options);
     State() = {};
     State().args = std::move(parsed.rest);
