@@ -23,6 +23,7 @@ std::atomic<std::thread::id> g_UiThread {};
 // loop's own locks can then never be taken in the wrong order.
 std::atomic<int> g_nWaking {0};
 std::atomic<bool> g_bWaitEnded {false};
+std::atomic<bool> g_bNotified {false};
 
 thread_local int t_nWaitDepth = 0;
 thread_local InterruptToken* t_pToken = nullptr;
@@ -94,6 +95,11 @@ void ClearUiWaitEnd()
     g_bWaitEnded = false;
 }
 
+bool UiWaitNotified()
+{
+    return g_bNotified;
+}
+
 int UiWaitDepth()
 {
     return t_nWaitDepth;
@@ -145,6 +151,7 @@ void Waiter::NotifyAll()
 {
     m_Condition.notify_all();
     if (m_nUiWaiting != 0) {
+        g_bNotified = true;
         WakeUi();
     }
 }
@@ -161,7 +168,7 @@ WaitResult Waiter::Wait(std::unique_lock<std::mutex>& lock, const std::function<
     ++t_nWaitDepth;
     ++m_nUiWaiting;
     WaitResult result = WaitResult::kDone;
-    while (!ready()) {
+    while (g_bNotified = false, !ready()) {
         UiLoop* const loop = g_pLoop;
         if (g_bWaitEnded || loop == nullptr) {
             result = WaitResult::kInterrupted;
@@ -175,6 +182,7 @@ WaitResult Waiter::Wait(std::unique_lock<std::mutex>& lock, const std::function<
         loop->TurnWhileWaiting(deadline);
         lock.lock();
     }
+    g_bNotified = true;    // for a wait around this one: it asks again
     --m_nUiWaiting;
     --t_nWaitDepth;
     return result;

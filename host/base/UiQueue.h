@@ -35,6 +35,8 @@ void DrainUiQueue();    // user-interface thread: runs what is queued now, not w
 void EndUiWait();
 bool UiWaitWasEnded();
 void ClearUiWaitEnd();
+// Whether a Waiter was notified since a wait last looked: the turn of the loop must not sleep then.
+bool UiWaitNotified();
 int UiWaitDepth();    // user-interface thread: how many waits are on the stack
 
 // Lets one thread end the waits of another: the decoder sets one for its feeding thread.

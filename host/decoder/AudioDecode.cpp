@@ -11,6 +11,8 @@ extern "C" {
 namespace host {
 namespace {
 
+constexpr int kLowestRate = 4000;      // a stream may state any; a frame at 1 Hz would last for minutes
+constexpr int kHighestRate = 384000;
 constexpr int kTolerance = 30;                           // thousandths of a second beside the line that are let be
 constexpr int64_t kSoundAloneTicks = 72000;              // so much sound and no picture: there is none
 constexpr std::chrono::seconds kPicturePatience{3};
@@ -178,7 +180,7 @@ int AudioDecode::Resample(const AVFrame& frame)
 {
     const int rate = m_Sink.Rate();
     const int channels = frame.ch_layout.nb_channels;
-    if (frame.sample_rate <= 0 || frame.nb_samples <= 0 || channels <= 0) {
+    if (frame.sample_rate < kLowestRate || frame.sample_rate > kHighestRate || frame.nb_samples <= 0 || channels <= 0) {
         return 0;
     }
     if (!m_pResampler || frame.sample_rate != m_nInRate || frame.format != m_nInFormat || channels != m_nInChannels || rate != m_nOutRate) {

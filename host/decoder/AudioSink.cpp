@@ -115,9 +115,9 @@ void AudioSink::Reset()
 
 void AudioSink::FollowClock()
 {
-    const bool running = m_Clock.IsRunning();
     {
         std::lock_guard lock(m_DeviceMutex);
+        const bool running = m_Clock.IsRunning();    // asked inside, or an older answer could come last
         if (m_nDevice != 0) {
             SDL_PauseAudioDevice(m_nDevice, running ? 0 : 1);
         }

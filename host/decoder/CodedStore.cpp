@@ -67,7 +67,7 @@ bool CodedStore::Wanted(bool low) const
     if (!video.seen || !m_bVideoPossible) {
         return Span(audio) < part(kSoundAloneTicks) && audio.bytes < kSoundAloneBytes;
     }
-    if (video.bytes >= kHostileVideo || (audio.bytes >= kHostileAudio && !video.units.empty())) {
+    if (video.bytes >= kHostileVideo || audio.bytes >= kHostileAudio) {
         return false;
     }
     const bool high = m_nHeight > 576;
@@ -176,6 +176,12 @@ bool CodedStore::Seen(Kind kind) const
 {
     std::lock_guard lock(m_Mutex);
     return m_Lines[kind].seen;
+}
+
+bool CodedStore::IsDrained() const
+{
+    std::lock_guard lock(m_Mutex);
+    return m_bEnded && m_Lines[kVideo].units.empty() && m_Lines[kAudio].units.empty();
 }
 
 bool CodedStore::HasEnded() const

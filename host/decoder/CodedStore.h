@@ -49,6 +49,7 @@ public:
     size_t BytesHeld(Kind kind) const;
     int64_t TicksHeld(Kind kind) const;
     bool Seen(Kind kind) const;            // since Reset
+    bool IsDrained() const;    // ended, and the end itself has been taken
     bool HasEnded() const;                 // an end was pushed and nothing after it
 
 private:

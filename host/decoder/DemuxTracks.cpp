@@ -9,6 +9,9 @@ namespace host {
 namespace {
 
 constexpr size_t kCandidatePackets = 16;    // so many of another video identifier, none of the asked one: it is taken
+constexpr size_t kHeldPackets = 4096;
+constexpr int64_t kEarliestLead = -9000;      // of a presentation stamp before its decoding stamp: 0.1 s
+constexpr int64_t kLatestLead = 180000;       // and behind it: 2 s
 constexpr size_t kHeldBytes = 512 << 10;
 
 bool IsMpegAudio(AVCodecID codec)
@@ -127,7 +130,7 @@ void Demux::Deliver(CodedStore::Kind kind, PacketPtr packet)
     if (!DecideCodec(kind, *packet)) {
         track.heldBytes += static_cast<size_t>(packet->size);
         track.held.push_back(std::move(packet));
-        while (track.heldBytes > kHeldBytes) {
+        while (track.heldBytes > kHeldBytes || track.held.size() > kHeldPackets) {
             track.heldBytes -= static_cast<size_t>(track.held.front()->size);
             track.held.erase(track.held.begin());
         }
@@ -145,7 +148,9 @@ void Demux::Deliver(CodedStore::Kind kind, PacketPtr packet)
             track.sawOrder = track.sawOrder || (both && one->dts != one->pts) || kind == CodedStore::kAudio;
             const int64_t raw = both ? one->dts : one->pts;
             order = m_Line.Place(kind == CodedStore::kVideo ? StampLine::kVideo : StampLine::kAudio, raw, track.sawOrder);
-            pts = order + StampDifference(one->pts, raw);
+            // A damaged stamp would hold the picture, and all behind it, for hours.
+            const int64_t lead = StampDifference(one->pts, raw);
+            pts = lead < kEarliestLead || lead > kLatestLead ? AV_NOPTS_VALUE : order + lead;
             for (SegmentVerdict verdict = m_Line.NextVerdict(); verdict.kind != SegmentVerdict::kNone; verdict = m_Line.NextVerdict()) {
                 m_Offsets.Judge(m_nPlaying, verdict);
             }

@@ -12,7 +12,7 @@ constexpr std::chrono::milliseconds kIdleRest{20};
 // A buffer of nothing but 0xFF is stuffing handed out so that somebody else gets processor time.
 constexpr std::chrono::milliseconds kStuffingRest{100};
 // Longest time that the end is held back for what is still to be played: sound that no device takes.
-constexpr std::chrono::seconds kLongestTail{4};
+constexpr std::chrono::seconds kLongestTail{20};
 
 bool IsStuffing(const unsigned char* bytes, size_t count)
 {
@@ -197,8 +197,12 @@ void FeedRing::Run()
             m_CallbackDone.notify_all();
             continue;
         }
-        if (m_bLastFillShort && m_nZeroFills + 1 == m_Buffers.size()) {
-            m_bLastFillShort = !EndReached(lock);
+        const bool wholeTurn = m_nZeroFills >= m_Buffers.size();
+        if (wholeTurn || (m_bLastFillShort && m_nZeroFills + 1 == m_Buffers.size())) {
+            if (EndReached(lock)) {
+                m_bLastFillShort = false;
+                m_nZeroFills = wholeTurn ? 0 : m_nZeroFills;
+            }
             continue;
         }
         Offer(lock);
@@ -226,10 +230,7 @@ void FeedRing::Offer(std::unique_lock<std::mutex>& lock)
             return;    // cut off, not the end: the same buffer is offered again
         }
         m_nNext = (m_nNext + 1) % m_Buffers.size();
-        if (++m_nZeroFills >= m_Buffers.size()) {
-            m_nZeroFills = 0;
-            EndReached(lock);
-        }
+        ++m_nZeroFills;
         return;
     }
     m_nZeroFills = 0;

@@ -117,8 +117,7 @@ std::string MPEGDecoder::Impl::Stats() const
 
 bool MPEGDecoder::Impl::IsNearlyPlayedOut()
 {
-    return m_Store.BytesHeld(host::CodedStore::kVideo) == 0 && m_Store.BytesHeld(host::CodedStore::kAudio) == 0 && m_Present.TicksHeld() <= kShortTail &&
-           m_Sink.BufferedTicks() <= kShortTail;
+    return m_Store.IsDrained() && m_Present.TicksHeld() <= kShortTail && m_Sink.BufferedTicks() <= kShortTail;
 }
 
 void MPEGDecoder::Impl::StartThreads()

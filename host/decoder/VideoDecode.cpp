@@ -7,6 +7,7 @@
 namespace host {
 namespace {
 
+constexpr int64_t kMostPixels = 4096 * 2304;    // a header of a few bytes may claim 400 MB a picture
 constexpr int64_t kUsualDuration = 3600;
 constexpr int64_t kUnstamped = int64_t{1} << 34;    // where pictures begin that have no stamp yet
 constexpr int64_t kOddStep = 45000;       // a stamp that goes back by more is taken for a new clock
@@ -140,6 +141,7 @@ bool VideoDecode::OpenCodec(AVCodecID id)
     }
     m_pCodec->thread_count = 1;
     m_pCodec->pkt_timebase = {1, 90000};
+    m_pCodec->max_pixels = kMostPixels;
     const int result = avcodec_open2(m_pCodec.get(), codec, nullptr);
     if (result < 0) {
         m_pCodec.reset();

@@ -189,7 +189,7 @@ void HostLoop::TurnWhileWaiting(Clock::time_point until)
     DeliverInputWhileWaiting();
     host::DrainUiQueue();
     const Clock::time_point nextPicture = m_pScreen->Turn();
-    if (!host::UiWaitWasEnded()) {
+    if (!host::UiWaitWasEnded() && !host::UiWaitNotified()) {
         Sleep(std::min(until, nextPicture));
     }
 }

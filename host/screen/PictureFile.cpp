@@ -111,6 +111,7 @@ Picture LoadJpeg(const char* path)
     errors.manager.error_exit = OnJpegError;
     errors.manager.emit_message = OnJpegMessage;
     jpeg_create_decompress(&info);
+    info.mem->max_memory_to_use = 512L << 20;    // a progressive file wants memory for all of its size
     unsigned char* inkRow = nullptr;
     const bool decoded = DecodeJpeg(info, errors, file.get(), picture, inkRow);
     jpeg_destroy_decompress(&info);

@@ -273,7 +273,6 @@ void SdlDisplay::TakeKey(const SDL_KeyboardEvent& key, DisplayEvents& events)
 
 void SdlDisplay::TakeEvents(DisplayEvents& events)
 {
-    m_bWakePending = false;
     SDL_Event event;
     while (SDL_PollEvent(&event) != 0) {
         switch (event.type) {
@@ -300,6 +299,8 @@ void SdlDisplay::TakeEvents(DisplayEvents& events)
             break;    // a quit follows the closing of the last window, which is already told
         }
     }
+    // Behind the loop, which may have taken a wake that came meanwhile: what it was for is seen in this turn.
+    m_bWakePending.exchange(false);
 }
 
 std::unique_ptr<Display> OpenSdlDisplay(const host::HostOptions& options, std::string& error)
