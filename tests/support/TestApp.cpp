@@ -175,6 +175,7 @@ void Reset()
     TestInternals::ResetDrawing();
     TestInternals::ResetScreen();
     TestInternals::ResetStreams();
+    TestInternals::ResetThumbnails();
     TestInternals::ResetDecoder();
 }
 

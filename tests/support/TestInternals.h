@@ -9,6 +9,7 @@ void ResetWindows();
 void ResetDrawing();
 void ResetScreen();
 void ResetStreams();
+void ResetThumbnails();
 void ResetDecoder();
 
 bool IsWaiting();

@@ -115,6 +115,10 @@ SettingsStore& Settings();
 void RefuseSettings(bool refuse);    // no section can be made, nothing be written
 int SettingsFlushes();
 
+// ---- thumbnails: asked for and not answered, in that order; the first request for the path is answered
+std::vector<std::string> ThumbnailRequests();
+bool AnswerThumbnail(const std::string& path, const std::string& pictureFile);
+
 // ---- HTTP
 struct HTTPResource {
     std::string bytes;
