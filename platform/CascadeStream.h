@@ -42,9 +42,9 @@ private:
     std::map<std::string, std::string> m_Metadata;
 };
 
-// A stream on a file of any size. A file that has grown since it was opened (a recording under way) is
-// waited for a short while at its end (at most 3 s, ended at once by pause and close) before a read is
-// answered short.
+// A stream on a file of any size. A recording under way is waited for a short while at its end (at most 3 s,
+// ended at once by pause and close) before a read is answered short: a file that has grown since it was
+// opened and, on a thread whose waits can be ended (the decoder feed), one written in the last three seconds.
 class CascadeFileStream : public CascadeStream {
 public:
     CascadeFileStream() = default;

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <ctime>
 #include <mutex>
 
 #include "host/base/UiQueue.h"
@@ -46,6 +48,18 @@ unsigned long long SizeOf(int fd)
 {
     const off_t end = lseek(fd, 0, SEEK_END);
     return end < 0 ? 0 : static_cast<unsigned long long>(end);
+}
+
+// A file that was written this lately may be a recording under way. Of a server whose clock is another one,
+// a time that is a little ahead counts as well.
+bool WasWrittenLately(int fd)
+{
+    struct stat status { };
+    struct timespec now { };
+    if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode) || clock_gettime(CLOCK_REALTIME, &now) != 0) {
+        return false;
+    }
+    return std::chrono::abs(std::chrono::seconds(now.tv_sec - status.st_mtim.tv_sec)) <= kGrowthWait;
 }
 
 // Bytes read at `position`; fewer only at the end or after an error.
@@ -129,7 +143,7 @@ unsigned long CascadeFileStream::ReadBytes(unsigned long count, void* buffer)
     auto* const to = static_cast<unsigned char*>(buffer);
     const unsigned long long position = m_nPosition;
     unsigned long done = ReadAt(m_Fd, to, count, position);
-    if (done < count && position + done > m_nSizeAtOpen) {
+    if (done < count && (position + done > m_nSizeAtOpen || (host::InterruptToken::Current() != nullptr && WasWrittenLately(m_Fd)))) {
         const auto deadline = host::Clock::now() + kGrowthWait;
         while (done < count && host::Clock::now() < deadline) {
             if (Rest(std::min(deadline, host::Clock::now() + kGrowthPoll)) == host::WaitResult::kInterrupted) {

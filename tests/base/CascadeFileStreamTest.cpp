@@ -5,6 +5,8 @@
 
 #include <cstring>
 #include <string>
+#include <chrono>
+#include <filesystem>
 #include <thread>
 
 #include <gtest/gtest.h>
@@ -80,6 +82,7 @@ TEST_F(CascadeFileStreamTest, RefusesWhatIsNoFileWithoutHanging)
 TEST_F(CascadeFileStreamTest, WaitsOnlyForAFileThatHasGrown)
 {
     OpenFile("old.");
+    std::filesystem::last_write_time((folder / "film").c_str(), std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
     host::InterruptToken token;
     token.Interrupt();
     const host::InterruptToken::Scope scope(&token);
@@ -127,6 +130,16 @@ TEST_F(CascadeFileStreamTest, AnInterruptEndsTheWaitOfAnotherThread)
 
     EXPECT_EQ(Read(stream, 12), "begin.grown.");    // the same bytes once more
     EXPECT_FALSE(stream.WasInterrupted());
+}
+
+TEST_F(CascadeFileStreamTest, TheFeedFollowsAFileThatHasJustBeenWritten)
+{
+    OpenFile("begin.");
+    host::InterruptToken token;
+    const host::InterruptToken::Scope scope(&token);
+    std::thread recorder([this] { folder.Append("film", "end."); });
+    EXPECT_EQ(Read(stream, 10), "begin.end.");
+    recorder.join();
 }
 
 TEST_F(CascadeFileStreamTest, GivesLinesWithoutTheirEnds)

@@ -1,4 +1,5 @@
 """Every good recording is shown to its last picture, in step with its sound, with nothing dropped."""
+import os
 import statistics
 import threading
 import unittest
@@ -112,6 +113,24 @@ class SeveralFiles(unittest.TestCase):
                 os.unlink(shelf.path("parts_long/show_3.mpg"))
                 player.wait_stats(lambda s: s["frames_shown"] > 20)
                 self.assertLess(player.ping_ms(), 500 * (8 if SANITIZE else 1))
+
+    def test_a_recording_under_way_is_followed_to_its_end(self):
+        """The recorder writes a twentieth of six seconds of film every fifth of a second."""
+        expected = frames()["parts_cut_whole.ts"]
+        with Shelf() as shelf, open(os.path.join(FIXTURES, "parts_cut_whole.ts"), "rb") as source:
+            whole = source.read()
+            path = shelf.path("tonight.ts")
+            step = len(whole) // 20 + 1
+            with open(path, "wb", buffering=0) as target:
+                target.write(whole[:4 * step])
+                pace = threading.Event()
+                with Player("-noresume", path, tidy=False) as player:
+                    for begin in range(4 * step, len(whole), step):
+                        target.write(whole[begin:begin + step])
+                        pace.wait(0.2)
+                    player.wait_output("EndOfFileReached()", 20)
+                    stats = player.stats()
+                    self.assertEqual(stats["frames_shown"] + stats["frames_dropped"], expected)
 
 
 if __name__ == "__main__":
