@@ -177,6 +177,7 @@ void Reset()
     TestInternals::ResetStreams();
     TestInternals::ResetThumbnails();
     TestInternals::ResetDecoder();
+    TestInternals::ResetUPnP();
 }
 
 void SetArgs(std::vector<std::string> args)

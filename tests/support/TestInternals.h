@@ -11,6 +11,7 @@ void ResetScreen();
 void ResetStreams();
 void ResetThumbnails();
 void ResetDecoder();
+void ResetUPnP();
 
 bool IsWaiting();
 bool WaitWasEnded();

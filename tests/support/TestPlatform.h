@@ -19,6 +19,8 @@
 #include "platform/CascadeBitmap.h"
 #include "platform/CascadeGeometry.h"
 #include "platform/CascadeMPEGFile.h"
+#include "platform/CascadeMediaServers.h"
+#include "platform/CascadeUPnP.h"
 
 class CascadeStream;
 class CascadeWindow;
@@ -177,6 +179,33 @@ void SetOnRest(std::function<void(uint32_t ms)> onRest);
 int Rests();
 
 }    // namespace TestDecoder
+
+// Media servers. Answers and reports come when the test gives them.
+namespace TestUPnP {
+
+struct Request {
+    std::string deviceUUID;
+    std::string objectId;
+    std::string filter;
+    std::string sortCriteria;
+    unsigned long startIndex = 0;
+    unsigned long requestedCount = 0;
+};
+const std::vector<Request>& Requests();    // the index of one is its transaction less 1
+bool WasCancelled();                       // CancelAVBrowse was called while a request was outstanding
+
+struct AnswerScript {
+    std::vector<CascadeUPnP::AVObject> objects;    // added to what the array holds
+    CascadeUPnP::TransactionResult result = CascadeUPnP::kTransactionOK;
+    unsigned long matchCount = 0;
+    bool done = true;
+};
+bool Answer(AnswerScript answer);    // to the last request; false: it is not outstanding
+
+// A server comes or goes; answers how many watch.
+int Report(const std::string& name, const std::string& uuid, CascadeMediaServers::Change change = CascadeMediaServers::kAppeared);
+
+}    // namespace TestUPnP
 
 class PlatformTest : public ::testing::Test {
 protected:
