@@ -13,12 +13,37 @@ namespace {
 constexpr std::string_view kRegexSpecials = "+()^$.{}[]|\\";
 constexpr int64_t kAlwaysLargeEnough = int64_t {1} << 32;    // a minimum is a 32-bit number wherever it is kept
 
-CascadeString LowerCase(const CascadeString& text)
+// ASCII only, as names are compared everywhere.
+char Lower(char c)
 {
-    std::string lower = text.Str();
-    // ASCII only, as names are compared everywhere.
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+CascadeString LowerCase(std::string_view text)
+{
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), Lower);
     return CascadeString(std::move(lower));
+}
+
+bool EqualsIgnoringCase(std::string_view a, std::string_view b)
+{
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return Lower(x) == Lower(y); });
+}
+
+// What no viewer wants to see: another system's pictures, wherever its name occurs, and the folder's own settings.
+bool IsSystemFile(std::string_view name)
+{
+    constexpr std::string_view kPictures = "thumbs.db";
+    const auto same = [](char x, char y) { return Lower(x) == Lower(y); };
+    return std::search(name.begin(), name.end(), kPictures.begin(), kPictures.end(), same) != name.end() || EqualsIgnoringCase(name, "folder.cfg");
+}
+
+// Text after the last dot; empty without one.
+std::string_view ExtensionOf(std::string_view name)
+{
+    const size_t dot = name.rfind('.');
+    return dot == std::string_view::npos ? std::string_view() : name.substr(dot + 1);
 }
 
 // The name that all members of a numbered sequence share; the same cut as FileSearch::Create makes.
@@ -52,66 +77,73 @@ bool AllSelector::Match(CascadeFSObject& entry)
     if ((m_Filter & kFiles) == 0) {
         return false;
     }
-    const CascadeString name = entry.GetName();
-    if (name.Contains("thumbs.db", false) || name.Compare("folder.cfg", false) == 0) {
-        return false;
-    }
     // One question to the disk for kind and size.
+    const CascadeString fullPath = entry.GetFullPath();
+    const CascadeString name = entry.GetName();
     struct stat status { };
-    const bool known = stat(entry.GetFullPath(), &status) == 0;
-    if (known && S_ISDIR(status.st_mode)) {
+    const bool known = stat(fullPath, &status) == 0;
+    const int64_t size = status.st_size;
+    const CascadeString folder = fullPath.Left(fullPath.GetLength() - std::min(fullPath.GetLength(), name.GetLength() + 1));
+    return MatchKnown(folder, name.Str(), known && S_ISDIR(status.st_mode), known ? &size : nullptr);
+}
+
+bool AllSelector::MatchKnown(const CascadeString& folder, std::string_view name, bool isDirectory, const int64_t* size)
+{
+    if ((m_Filter & kDirectories) != 0) {
+        return isDirectory;
+    }
+    if ((m_Filter & kFiles) == 0 || isDirectory || IsSystemFile(name)) {
         return false;
     }
-    if (CascadeFile(entry.GetPath()).GetFilenameExtension().Compare("Nuvidlist", false) == 0) {
+    const std::string_view extension = ExtensionOf(name);
+    if (EqualsIgnoringCase(extension, "Nuvidlist")) {
         return true;    // playlists are always listed
     }
-    if (m_pPatterns && !PatternMatch(entry)) {
+    if (m_pPatterns && !MatchesPatterns(name)) {
         return false;
     }
-    if (known) {
-        const int64_t size = status.st_size;
-        if (size < 0 || (size < kAlwaysLargeEnough && static_cast<unsigned long>(size) < m_nMinSize)) {
-            return false;
-        }
+    if (size != nullptr && (*size < 0 || (*size < kAlwaysLargeEnough && static_cast<unsigned long>(*size) < m_nMinSize))) {
+        return false;
     }
-    return !m_bCollapse || IsFirstOfSequence(entry);
+    return !m_bCollapse || IsFirstOfSequence(folder, name, extension);
 }
 
 bool AllSelector::PatternMatch(CascadeFSObject& entry) const
 {
+    return MatchesPatterns(entry.GetName().Str());
+}
+
+bool AllSelector::MatchesPatterns(std::string_view name) const
+{
     if (!m_pPatterns) {
         return false;
     }
-    const CascadeString name = LowerCase(entry.GetName());
+    const CascadeString lower = LowerCase(name);
     for (size_t i = 0; i < m_pPatterns->GetSize(); ++i) {
-        if (fnmatch((*m_pPatterns)[i], name, 0) == 0) {
+        if (fnmatch((*m_pPatterns)[i], lower, 0) == 0) {
             return true;
         }
     }
     return false;
 }
 
-bool AllSelector::IsFirstOfSequence(const CascadeFSObject& entry)
+bool AllSelector::IsFirstOfSequence(const CascadeString& folder, std::string_view name, std::string_view extension)
 {
-    const CascadeString fullPath = entry.GetFullPath();
-    const CascadeString name = entry.GetName();
-    const CascadeString extension = CascadeFile(entry.GetPath()).GetFilenameExtension();
-    if (extension.Compare("nuvid", false) == 0) {
+    if (EqualsIgnoringCase(extension, "nuvid")) {
         return false;    // the player's own side files
     }
-    const CascadeString folder = fullPath.Left(fullPath.GetLength() - std::min(fullPath.GetLength(), name.GetLength() + 1));
-    std::string_view stem = name.Str();
-    if (!extension.IsEmpty()) {
-        stem.remove_suffix(extension.GetLength() + 1);
+    std::string_view stem = name;
+    if (!extension.empty()) {
+        stem.remove_suffix(extension.size() + 1);
     }
-    CascadeString base(WithoutNumber(stem));
-    if (folder == m_LastFolder && extension.Compare(m_LastExtension, false) == 0 && base == m_LastBase && !(fullPath == m_LastFullPath)) {
+    const std::string_view base = WithoutNumber(stem);
+    if (folder == m_LastFolder && EqualsIgnoringCase(extension, m_LastExtension) && base == m_LastBase && name != m_LastName) {
         return false;
     }
-    m_LastBase = std::move(base);
+    m_LastBase = base;
     m_LastExtension = extension;
     m_LastFolder = folder;
-    m_LastFullPath = fullPath;
+    m_LastName = name;
     return true;
 }
 
