@@ -67,6 +67,9 @@ public:
     void OnKeyWhileWaiting(unsigned long key) override;
     void OnWormholeMessage(const CascadeMessage& message) override;
     void OnECPCommand(const CascadeString& command, CascadeString& reply) override;
+    void OnNowPlaying(CascadeNowPlaying& now) override;
+    void OnSkipWanted(int seconds) override;
+    void OnOpenWanted(const CascadeString& path) override;
 
     void Quit();
 
@@ -179,6 +182,9 @@ private:
     void OnZoomQuery(const CascadeString& rest, CascadeString& reply);
     void OnPing(const CascadeString& rest, CascadeString& reply);
 
+    // What is playing (NuvidAppNowPlaying.cpp).
+    void RefreshMarks(uint64_t position);
+
     MDecoder m_Decoder;
     MyWindow m_Osd;
     EProgressBar m_Progress;
@@ -197,4 +203,7 @@ private:
     CascadeString m_BrowseTitle;
     EFileBrowser::FileInfo m_SelectedEntry;    // the last one chosen
     EFileBrowser::FileInfo m_CurrentEntry;    // the one being opened or played
+    ProgressMarks m_Marks;    // as last told to phones and the desktop
+    CascadeString m_MarksOf;    // the recording that they belong to; empty: none
+    size_t m_nMarks = 0;    // how many bookmarks and chapters it had then
 };

@@ -14,6 +14,8 @@
 #include "platform/CascadeString.h"
 #include "platform/CascadeWormhole.h"
 
+struct CascadeNowPlaying;
+
 class CascadeApp {
 public:
     static CascadeApp* s_pTheApp;    // the one object; null before it is built and after it is gone
@@ -30,6 +32,10 @@ public:
     virtual void OnWormholeMessage(const CascadeMessage& /*message*/) {}
     virtual void OnECPCommand(const CascadeString& /*command*/, CascadeString& /*reply*/) {}
     virtual void OnKeyWhileWaiting(unsigned long /*key*/) {}
+    // For phones and the desktop. Asked at any time, also while a call waits: a query that does not block.
+    virtual void OnNowPlaying(CascadeNowPlaying& /*now*/) {}
+    virtual void OnSkipWanted(int /*seconds*/) {}    // negative: back
+    virtual void OnOpenWanted(const CascadeString& /*path*/) {}    // plays it in place of what is playing
 
     // Takes the host's own words ("--...") out, calls OnAppInit, delivers events until Terminate, calls
     // OnAppExit, and answers the exit code. Argument 0 is the program's path, with a folder.

@@ -33,7 +33,7 @@ constexpr CascadeColor kBookmarkColor = 0xFFC840FF;
 constexpr CascadeColor kTextColor = 0xE8ECFFFF;
 constexpr CascadeColor kShadowColor = 0x000000FF;
 
-std::vector<ProgressMarks::Mark> MarksOf(const BookmarkList& list)
+std::vector<ProgressMarks::Mark> Listed(const BookmarkList& list)
 {
     std::vector<ProgressMarks::Mark> marks;
     for (int i = 0; i < list.Size(); ++i) {
@@ -59,7 +59,7 @@ void EProgressBar::Display(MDecoder* decoder, unsigned long timeMs)
     }
     m_nRemainingMs = static_cast<uint32_t>(timeMs);
     m_pDecoder = decoder;
-    FindMarks();
+    m_Marks = MarksOf(*decoder);
 
     const CascadeDims screen = CascadeScreen::GetDims();
     SetRect({0, screen.height - kBandHeight, screen.width, kBandHeight});
@@ -70,21 +70,20 @@ void EProgressBar::Display(MDecoder* decoder, unsigned long timeMs)
     }
 }
 
-void EProgressBar::FindMarks()
+ProgressMarks EProgressBar::MarksOf(MDecoder& decoder)
 {
-    const std::vector<ProgressMarks::Mark> chapters = MarksOf(m_pDecoder->GetChapters());
-    const std::vector<ProgressMarks::Mark> bookmarks = MarksOf(m_pDecoder->GetBookmarks());
-    if (m_pDecoder->CurStreamIsHTTP() || m_pDecoder->CurStreamIsISO()) {
-        m_Marks = ProgressMarks::OfStream(m_pDecoder->GetCurFileSize(), chapters, bookmarks);
-        return;
+    const std::vector<ProgressMarks::Mark> chapters = Listed(decoder.GetChapters());
+    const std::vector<ProgressMarks::Mark> bookmarks = Listed(decoder.GetBookmarks());
+    if (decoder.CurStreamIsHTTP() || decoder.CurStreamIsISO()) {
+        return ProgressMarks::OfStream(decoder.GetCurFileSize(), chapters, bookmarks);
     }
     FileList sequence;
-    sequence.Create(m_pDecoder->GetOriginalFileName(), nullptr);
+    sequence.Create(decoder.GetOriginalFileName(), nullptr);
     std::vector<ProgressMarks::File> files;
     for (const FileListEntry& entry : sequence.GetEntries()) {
         files.push_back({entry.name, entry.size});
     }
-    m_Marks = ProgressMarks::OfFiles(std::move(files), chapters, bookmarks);
+    return ProgressMarks::OfFiles(std::move(files), chapters, bookmarks);
 }
 
 void EProgressBar::OnMaterialize()

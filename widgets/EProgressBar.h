@@ -22,12 +22,14 @@ public:
     // Shows the band for a time, which must be a multiple of 100; nothing while no file is open.
     void Display(MDecoder* decoder, unsigned long timeMs);
 
+    // Where the marks of what is open are. Blocks on the disk, as Display does.
+    static ProgressMarks MarksOf(MDecoder& decoder);
+
     void OnPaint(CascadeBitmap& bitmap) override;
     void OnMaterialize() override;
     void OnTimer(unsigned long id) override;
 
 private:
-    void FindMarks();
     void PaintMarks(CascadeBitmap& bitmap, const CascadeRect& bar) const;
     void PaintTexts(CascadeBitmap& bitmap, const CascadeRect& bar, uint64_t position) const;
     CascadeString TimeText(uint64_t bytes) const;

@@ -1,0 +1,82 @@
+// What is playing, for phones and the desktop, and what they may ask for beyond the keys.
+#include <algorithm>
+
+#include "app/NuvidApp.h"
+#include "platform/CascadeNowPlaying.h"
+
+namespace {
+
+constexpr double kLongestMs = 1e12;    // a server may state any size
+
+int64_t Milliseconds(double seconds)
+{
+    return static_cast<int64_t>(std::clamp(seconds * 1000.0, 0.0, kLongestMs));
+}
+
+// A side file may hold a mark beyond the end.
+std::vector<double> Shown(std::vector<double> marks)
+{
+    std::erase_if(marks, [](double percent) { return !(percent >= 0.0 && percent <= 100.0); });
+    std::sort(marks.begin(), marks.end());
+    return marks;
+}
+
+}    // namespace
+
+// Marks are found on the disk, so they are kept until something says that they have changed.
+void NuvidApp::RefreshMarks(uint64_t position)
+{
+    const CascadeString name = m_Decoder.GetOriginalFileName();
+    const size_t marks = static_cast<size_t>(m_Decoder.GetBookmarks().Size()) << 32 | static_cast<size_t>(m_Decoder.GetChapters().Size());
+    const bool grown = m_Marks.TotalBytes() != 0 && position >= m_Marks.TotalBytes();
+    if (name == m_MarksOf && marks == m_nMarks && !grown) {
+        return;
+    }
+    m_MarksOf = name;
+    m_nMarks = marks;
+    m_Marks = EProgressBar::MarksOf(m_Decoder);
+}
+
+void NuvidApp::OnNowPlaying(CascadeNowPlaying& now)
+{
+    now.queueCount = m_Queue.Size();
+    now.queueIndex = std::min(m_Queue.Cursor() + 1, now.queueCount);
+    if (!m_Decoder.IsFileOpen()) {
+        m_MarksOf.Empty();
+        return;
+    }
+    const int state = m_Decoder.GetState();
+    now.state = state == 1 ? CascadeNowPlaying::State::kPlaying : state == 2 ? CascadeNowPlaying::State::kPaused : CascadeNowPlaying::State::kStopped;
+    const char* const name = m_Decoder.GetCurFileName();
+    now.title = m_CurrentEntry.title.IsEmpty() ? CascadeString(name) : m_CurrentEntry.title;
+    now.path = m_Decoder.GetCurFile();
+
+    const uint64_t position = m_Decoder.GetCurFilePosition();
+    RefreshMarks(m_Marks.PositionInWhole(name == nullptr ? "" : name, position));
+    now.sizeBytes = m_Marks.TotalBytes();
+    now.positionBytes = m_Marks.PositionInWhole(name == nullptr ? "" : name, position);
+    now.chapters = Shown(m_Marks.Chapters());
+    now.bookmarks = Shown(m_Marks.Bookmarks());
+    const double share = now.sizeBytes == 0 ? 0 : static_cast<double>(now.positionBytes) / static_cast<double>(now.sizeBytes);
+    if (m_Decoder.GetDuration() != 0) {
+        now.durationMs = Milliseconds(m_Decoder.GetDuration());
+        now.positionMs = now.sizeBytes == 0 ? -1 : Milliseconds(share * m_Decoder.GetDuration());
+    } else if (m_Decoder.GetBitrate() > 0) {
+        now.durationMs = now.sizeBytes == 0 ? -1 : Milliseconds(static_cast<double>(now.sizeBytes) * 8.0 / m_Decoder.GetBitrate());
+        now.positionMs = Milliseconds(static_cast<double>(now.positionBytes) * 8.0 / m_Decoder.GetBitrate());
+    }
+}
+
+// Both go the way of the external commands, and obey their rules.
+void NuvidApp::OnSkipWanted(int seconds)
+{
+    CascadeString unheard;
+    OnECPCommand(seconds < 0 ? CascadeString::Format("Nuvid back %lld", -static_cast<long long>(seconds)) : CascadeString::Format("Nuvid forward %d", seconds),
+        unheard);
+}
+
+void NuvidApp::OnOpenWanted(const CascadeString& path)
+{
+    CascadeString unheard;
+    OnECPCommand("Nuvid open " + path, unheard);
+}
