@@ -91,7 +91,7 @@ public:
     void ShowText(const char* text) override { Info(text); }
     bool NextFile() override;
     bool PrevFile() override;
-    void AskForResume() override;
+    bool AskForResume() override;
 
 private:
     friend struct KeyTable;

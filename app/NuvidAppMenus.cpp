@@ -261,10 +261,10 @@ void NuvidApp::PlaybackOptionsDone()
 // ---- the resume question
 
 // Nothing is asked over a menu, and a queue plays through without questions, on purpose.
-void NuvidApp::AskForResume()
+bool NuvidApp::AskForResume()
 {
     if (m_bMenuOpen || m_Queue.Size() >= 2 || !m_Options.resumeEnabled) {
-        return;
+        return false;
     }
     m_ResumeDialog.SetGraphicsFolders(g_ThemeSelect.GetThemeImagesFolder(), g_ThemeSelect.GetCommonImagesFolder());
     m_ResumeDialog.SetTitle("Resume Playback");
@@ -273,13 +273,18 @@ void NuvidApp::AskForResume()
     m_ResumeDialog.SetTimeout(m_Options.resumeTimeout);
     m_ResumeDialog.Show("Resume", this);
     m_bMenuOpen = true;
+    return true;
 }
 
 // Any other answer, and none, plays on from the start.
 void NuvidApp::OnDialogResult(const CascadeString& dialogName, const CascadeString& button)
 {
     m_bMenuOpen = false;
-    if (dialogName != "Resume" || button != "Yes") {
+    if (dialogName != "Resume") {
+        return;
+    }
+    m_Decoder.ResumeAnswered();
+    if (button != "Yes") {
         return;
     }
     m_Sequence.GoIdle();

@@ -11,5 +11,5 @@ public:
     virtual void ShowText(const char* text) = 0;    // a short status text
     virtual bool NextFile() = 0;                    // moves to the next item of the queue; whether it did
     virtual bool PrevFile() = 0;
-    virtual void AskForResume() = 0;                // the opened file has a saved position
+    virtual bool AskForResume() = 0;                // the opened file has a saved position; true: the viewer is being asked
 };

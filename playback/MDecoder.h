@@ -79,6 +79,7 @@ public:
     int PrevBookmark(bool skipOne);
     bool GoToBookmark(tagBookmark* mark);
     bool SkipToResumePoint();
+    void ResumeAnswered() { m_SaveSchedule.SetAsking(false); }    // after IPlaybackClient::AskForResume answered true; a time-out is an answer
     int NextChapter();
     int PrevChapter(bool repeated);
     const BookmarkList& GetBookmarks() const { return m_Bookmarks; }

@@ -77,7 +77,7 @@ bool MDecoder::DoTheOpen(const char* path)
     m_bOpening = true;
     const bool opened = OpenAndSelect(WithFolder(name));
     if (opened && m_bAskResume != 0 && !m_Resume.name.IsEmpty() && m_pClient != nullptr) {
-        m_pClient->AskForResume();
+        m_SaveSchedule.SetAsking(m_pClient->AskForResume());
     }
     m_nCurBookmark = 0;
     if (!opened) {

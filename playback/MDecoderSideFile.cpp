@@ -51,9 +51,9 @@ std::string MDecoder::FormatSettings(bool closing)
     state.videoRes = m_nFileVideoRes;
     state.audioStream = static_cast<int>(m_nAudioStream);
     // An open that fails has played nothing, and a stream that could not be opened again stands nowhere:
-    // the saved point is kept then. So it is in a recording's first seconds, while the viewer is asked
-    // whether to go on from there; only a close takes that for an answer.
-    const bool lost = m_bOpening || m_pHWDecoder->GetKind() == MHWDecoder::Kind::kNone;
+    // the saved point is kept then. So it is while the viewer is asked whether to go on from there, for as
+    // long as that takes, and in a recording's first seconds, which only a close ends early.
+    const bool lost = m_bOpening || m_SaveSchedule.IsAsking() || m_pHWDecoder->GetKind() == MHWDecoder::Kind::kNone;
     const bool first = !closing && !m_SaveSchedule.IsPastFirstSeconds();
     if ((first || (lost && !m_pHWDecoder->m_bEOF)) && !m_Resume.name.IsEmpty()) {
         state.resume = m_Resume;

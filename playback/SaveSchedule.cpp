@@ -38,5 +38,5 @@ bool SaveSchedule::Tick(uint32_t now, int state)
 
 bool SaveSchedule::IsPastFirstSeconds() const
 {
-    return m_bMoved || m_nPlayed >= kFirstSecondsMs;
+    return !m_bAsking && (m_bMoved || m_nPlayed >= kFirstSecondsMs);
 }

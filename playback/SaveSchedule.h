@@ -11,6 +11,9 @@ class SaveSchedule {
 public:
     void Begin(uint32_t now);    // a recording was opened and plays
     void Moved() { m_bMoved = true; }    // the viewer chose another place in it
+    // The viewer is being asked whether to go on from where it stopped the last time, until the answer.
+    void SetAsking(bool asking) { m_bAsking = asking; }
+    bool IsAsking() const { return m_bAsking; }
 
     // Whether to save now: on leaving playback, and from time to time in it. `state` is that of the engine, 1 playing.
     bool Tick(uint32_t now, int state);
@@ -24,4 +27,5 @@ private:
     uint32_t m_nPlayed = 0;    // since Begin, counted only as far as it matters
     bool m_bPlaying = false;    // at the last tick
     bool m_bMoved = false;
+    bool m_bAsking = false;
 };

@@ -19,12 +19,17 @@ public:
     void ShowText(const char* text) override { texts.emplace_back(text); }
     bool NextFile() override { return Ask("next"); }
     bool PrevFile() override { return Ask("prev"); }
-    void AskForResume() override { asked.emplace_back("resume"); }
+    bool AskForResume() override
+    {
+        asked.emplace_back("resume");
+        return asks;
+    }
     std::string LastText() const { return texts.empty() ? "" : texts.back(); }
 
     std::vector<std::string> texts;
     std::vector<std::string> asked;
     bool moves = false;    // what NextFile and PrevFile answer
+    bool asks = false;    // what AskForResume answers
 
 private:
     bool Ask(const char* what)

@@ -172,4 +172,25 @@ TEST_F(SavingTest, TheOldPointOutlivesTheFirstSeconds)
     EXPECT_TRUE(ComesToHold("r clip1.mpg@1024000\n"));
 }
 
+TEST_F(SavingTest, TheOldPointStaysAsLongAsTheQuestionIsOpen)
+{
+    const std::string old = kSignatureLine + "z 0\nr clip1.mpg@2048000\na 0\n";
+    m_Client.asks = true;
+    m_Folder.Write("clip.nuvid", old);
+    ASSERT_TRUE(Open());
+    TestDecoder::Pull();
+    m_Engine.SetBookmark();
+    PlayFor(60000);
+    EXPECT_TRUE(ComesToHold("b clip1.mpg@192512\nz 0\nr clip1.mpg@2048000\n"));
+    m_Engine.DoTheClose();    // without an answer
+    EXPECT_TRUE(ComesToHold("r clip1.mpg@2048000\n"));
+
+    ASSERT_TRUE(Open());
+    TestDecoder::Pull();
+    PlayFor(60000);
+    m_Engine.ResumeAnswered();    // from the start, then
+    PlayFor(9000);
+    EXPECT_TRUE(ComesToHold("r clip1.mpg@192512\n"));
+}
+
 }    // namespace
