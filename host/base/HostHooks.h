@@ -3,11 +3,15 @@
 // Threads: user-interface thread, unless said otherwise.
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace host {
+
+struct FeedPicture;    // ScreenFeed.h
 
 struct HostHooks {
     // host/screen
@@ -19,6 +23,12 @@ struct HostHooks {
     std::function<std::string()> decoderStats;
     // host/screen: the same for the screen ("\"presented\":..,\"first_frame_ms\":..")
     std::function<std::string()> screenStats;
+    // host/screen: the screen in small as it is now; null when nothing has changed since picture number `seen`
+    // (0: none was seen).
+    std::function<std::shared_ptr<const FeedPicture>(uint64_t seen)> screenFeed;
+    // host/screen: a key that is held goes on being held; a character (or "\b") is typed. Queued, as CascadeInput's are.
+    std::function<void(uint32_t key)> repeatKey;
+    std::function<void(const std::string& utf8)> typeText;
 };
 HostHooks& Hooks();
 

@@ -63,6 +63,9 @@ void HostLoop::Stop()
     host::Hooks().takeScreenshot = nullptr;
     host::Hooks().windowTitles = nullptr;
     host::Hooks().screenStats = nullptr;
+    host::Hooks().screenFeed = nullptr;
+    host::Hooks().repeatKey = nullptr;
+    host::Hooks().typeText = nullptr;
     m_pScreen.reset();
 }
 
@@ -71,6 +74,20 @@ void HostLoop::InstallHooks()
     host::Hooks().takeScreenshot = [this] { return m_pScreen->TakeScreenshot(); };
     host::Hooks().windowTitles = [] { return WindowStack::Instance().Titles(); };
     host::Hooks().screenStats = [this] { return m_pScreen->Stats(); };
+    host::Hooks().screenFeed = [this](uint64_t seen) { return m_pScreen->Feed(seen); };
+    host::Hooks().repeatKey = [](uint32_t key) {
+        Event event;
+        event.kind = Event::Kind::kKeyDown;
+        event.key = key;
+        event.repeat = true;
+        EventQueue::Instance().Push(std::move(event));
+    };
+    host::Hooks().typeText = [](const std::string& utf8) {
+        Event event;
+        event.kind = Event::Kind::kText;
+        event.text = utf8;
+        EventQueue::Instance().Push(std::move(event));
+    };
 }
 
 void HostLoop::Wake()

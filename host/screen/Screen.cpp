@@ -65,16 +65,21 @@ bool Screen::SetResolution(unsigned index)
     return true;
 }
 
-bool Screen::LayOut()
+VideoGeometry Screen::LayOutOn(CascadeDims output) const
 {
     VideoLayout layout;
     layout.picture = {m_Frame.width, m_Frame.height};
     layout.aspect = m_Frame.aspect;
     layout.nominal = m_Resolutions[m_nResolution];
     layout.placement = m_Placement;
-    layout.output = m_Output;
+    layout.output = output;
     layout.stretch = m_bStretch;
-    const VideoGeometry geometry = m_Frame ? LayOutVideo(layout) : VideoGeometry {};
+    return m_Frame ? LayOutVideo(layout) : VideoGeometry {};
+}
+
+bool Screen::LayOut()
+{
+    const VideoGeometry geometry = LayOutOn(m_Output);
     const bool changed = !(geometry == m_Geometry);
     m_Geometry = geometry;
     return changed;
@@ -132,6 +137,7 @@ Clock::time_point Screen::Turn()
         changes.everything = true;
     }
     if (changes.Any()) {
+        ++m_nChange;
         if (!m_pDisplay->Output().Present(MakeScene(), changes)) {
             m_Pending.everything = true;    // with the next turn; the display is between two sizes
         } else if (picture && m_Frame) {
@@ -178,6 +184,23 @@ std::function<std::string()> Screen::TakeScreenshot()
 {
     std::shared_ptr<cairo_surface_t> composed(Capture().release(), SurfaceDeleter());
     return composed == nullptr ? std::function<std::string()>() : [composed] { return WriteScreenshot(composed.get()); };
+}
+
+std::shared_ptr<const host::FeedPicture> Screen::Feed(uint64_t seen)
+{
+    if (seen == m_nChange) {
+        return nullptr;
+    }
+    if (m_pFeed == nullptr) {
+        m_pFeed = std::make_unique<ScreenFeed>();
+    }
+    Scene scene = MakeScene();
+    scene.geometry = LayOutOn(ScreenFeed::DimsFor(m_Output));
+    std::shared_ptr<host::FeedPicture> picture = m_pFeed->Compose(scene, m_Output);
+    if (picture != nullptr) {
+        picture->number = m_nChange;
+    }
+    return picture;
 }
 
 std::string Screen::Stats() const

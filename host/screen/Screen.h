@@ -10,6 +10,7 @@
 #include <string>
 
 #include "host/screen/Display.h"
+#include "host/screen/ScreenFeed.h"
 
 namespace screen {
 
@@ -33,6 +34,7 @@ public:
 
     std::function<std::string()> TakeScreenshot();    // as HostHooks.h says
     SurfacePtr Capture();
+    std::shared_ptr<const host::FeedPicture> Feed(uint64_t seen);    // as HostHooks.h says
     std::string Stats() const;    // members of a JSON object
     void CountTurn() { ++m_nTurns; }
 
@@ -40,6 +42,7 @@ private:
     void FollowOutput();
     bool TakePicture(host::Clock::time_point& next);
     bool LayOut();
+    VideoGeometry LayOutOn(CascadeDims output) const;
     Scene MakeScene() const;
     void OnPicturePresented(host::Clock::time_point asked);
 
@@ -58,6 +61,8 @@ private:
     unsigned long m_nTurns = 0;
     unsigned long m_nPresented = 0;
     long m_nFirstFrameMs = -1;
+    std::unique_ptr<ScreenFeed> m_pFeed;    // null until somebody looks
+    uint64_t m_nChange = 1;    // of what is on the screen
 };
 
 }    // namespace screen

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "host/base/HostHooks.h"
+#include "host/base/ScreenFeed.h"
 #include "host/base/VideoOutput.h"
 #include "platform/CascadeScreen.h"
 #include "tests/screen/Print.h"
@@ -152,6 +153,42 @@ TEST_F(CompositorTest, PictureBordersAndWindowsEndUpWhereTheyBelong)
     EXPECT_TRUE(Like(shot.At(250, 250), 0x8080FF));    // white of half strength on blue
     EXPECT_TRUE(Like(shot.At(350, 350), 0x80FF80));
     EXPECT_EQ(1, source.presented);
+}
+
+TEST_F(CompositorTest, TheFeedIsTheScreenInSmallAndSaysWhenNothingChanged)
+{
+    PlainSource source;
+    ShowGreen(source, {720, 576}, 4.0 / 3.0);
+    RecordingWindow window(app.log, "window", {400, 200, 200, 200});
+    window.onPaint = [](CascadeBitmap& bitmap) { bitmap.Fill(0x0000FFFF); };
+    window.Materialize();
+    Settle();
+    const auto feed = [](uint64_t seen) { return host::Hooks().screenFeed(seen); };
+    const std::shared_ptr<const host::FeedPicture> picture = feed(0);
+    ASSERT_NE(nullptr, picture);
+    ASSERT_EQ(640, picture->width);
+    ASSERT_EQ(360, picture->height);
+    ASSERT_EQ(640U * 360U * 4U, picture->pixels.size());
+    const auto at = [&picture](size_t x, size_t y) {
+        const uint8_t* const pixel = picture->pixels.data() + (y * 640 + x) * 4;
+        return unsigned(pixel[2] << 16 | pixel[1] << 8 | pixel[0]);
+    };
+    EXPECT_TRUE(Like(at(320, 180), kGreen));
+    EXPECT_TRUE(Like(at(40, 180), 0));    // the border beside a 4:3 picture
+    EXPECT_TRUE(Like(at(205, 105), 0x0000FF));
+    EXPECT_EQ(nullptr, feed(picture->number));
+    ShowRed(source);
+    Settle();
+    const auto later = feed(picture->number);
+    ASSERT_NE(nullptr, later);
+    EXPECT_GT(later->number, picture->number);
+
+    Start(1024, 768);
+    Settle();
+    const auto narrow = feed(0);
+    ASSERT_NE(nullptr, narrow);
+    EXPECT_EQ(480, narrow->width);
+    EXPECT_EQ(360, narrow->height);
 }
 
 TEST_F(CompositorTest, RangeAndMatrixAreMinded)
