@@ -21,7 +21,9 @@ ROOMS = {
     "host/screen": {"platform", "host/base"},
     "host/decoder": {"platform", "host/base"},
     "host/network": {"platform", "host/base"},
+    "host/upnp": {"platform", "host/base"},
     "host/store": {"platform", "host/base"},
+    "host/library": {"platform", "host/base"},
 }
 ANYTHING = ("tests", "bench")
 HEADERS = {
@@ -32,13 +34,13 @@ HEADERS = {
 # library: how its headers begin, and the rooms that may see it
 LIBRARIES = {
     "SDL": (r"SDL", {"host/screen", "host/decoder"}),
-    "FFmpeg": (r"libav|libswresample", {"host/decoder"}),
-    "libswscale": (r"libswscale", {"host/decoder", "host/screen"}),
-    "Cairo and Pango": (r"cairo|pango", {"host/screen"}),
+    "FFmpeg": (r"libav|libswresample", {"host/decoder", "host/library"}),
+    "libswscale": (r"libswscale", {"host/decoder", "host/library", "host/screen"}),
+    "Cairo and Pango": (r"cairo|pango", {"host/library", "host/screen"}),
     "libjpeg": (r"jpeglib|jerror|turbojpeg", {"host/screen"}),
     "libcurl": (r"curl/", {"host/network"}),
-    "GLib": (r"glib|gio/|gobject", {"host/network", "host/store", "host/screen"}),
-    "libsoup and GUPnP": (r"libsoup|libgupnp|libgssdp|gupnp", {"host/network"}),
+    "GLib": (r"glib|gio/|gobject", {"host/library", "host/network", "host/store", "host/screen", "host/upnp"}),
+    "libsoup and GUPnP": (r"libsoup|libgupnp|libgssdp|gupnp", {"host/network", "host/upnp"}),
 }
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')

@@ -1,0 +1,34 @@
+// The objects of a DIDL-Lite document (ContentDirectory:1, 2.8.9) as the browser takes them.
+//
+// Rules:   A resource outside the server's own network keeps its place but loses its URL. Servers that know
+//          no MPEG types (application/octet-stream) or name one of its many others (video/mp2t) are
+//          corrected: their protocol information says video/mpeg, in the first case only when the name in
+//          the URL or the title ends like an MPEG file's.
+// Units:   limits are bytes.
+// Errors:  `whole` is false when the document breaks off or cannot be read to its end; the objects before
+//          that are good. Objects that nobody could ask for (no identifier, or one beyond all measure) are
+//          left out.
+// Threads: pure.
+#pragma once
+
+#include <string_view>
+
+#include "host/upnp/ControlPoint.h"
+#include "host/upnp/control/AddressRule.h"
+
+namespace host {
+
+inline constexpr size_t kLongestTitle = 1024;
+inline constexpr size_t kLongestObjectId = 4096;
+inline constexpr size_t kLongestResourceUrl = 8192;
+inline constexpr size_t kMostResources = 64;    // of an object
+
+struct DidlObjects {
+    BrowseObjects objects;
+    size_t count = 0;    // of objects in the document, those left out included
+    bool whole = false;
+};
+
+DidlObjects ReadDidl(std::string_view document, const AddressRule& rule, size_t most);
+
+}    // namespace host
