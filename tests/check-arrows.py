@@ -21,6 +21,7 @@ ROOMS = {
     "host/screen": {"platform", "host/base"},
     "host/decoder": {"platform", "host/base"},
     "host/network": {"platform", "host/base"},
+    "host/upnp": {"platform", "host/base"},
     "host/store": {"platform", "host/base"},
     "host/library": {"platform", "host/base"},
 }
@@ -38,8 +39,8 @@ LIBRARIES = {
     "Cairo and Pango": (r"cairo|pango", {"host/library", "host/screen"}),
     "libjpeg": (r"jpeglib|jerror|turbojpeg", {"host/screen"}),
     "libcurl": (r"curl/", {"host/network"}),
-    "GLib": (r"glib|gio/|gobject", {"host/library", "host/network", "host/store", "host/screen"}),
-    "libsoup and GUPnP": (r"libsoup|libgupnp|libgssdp|gupnp", {"host/network"}),
+    "GLib": (r"glib|gio/|gobject", {"host/library", "host/network", "host/store", "host/screen", "host/upnp"}),
+    "libsoup and GUPnP": (r"libsoup|libgupnp|libgssdp|gupnp", {"host/network", "host/upnp"}),
 }
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
