@@ -106,7 +106,7 @@ private:
     bool OpenAndSelect(const char* path);
     bool OpenDecoder();
     bool ScanAndSelect();
-    bool SelectFrom(CascadeStream* scan, const char* path);
+    bool SelectFrom(CascadeStream* scan, const char* path, bool ownStream);
     bool CallSelectPIDs();
     void ReadFileSettings();
     void WriteFileSettings();

@@ -107,7 +107,10 @@ bool MDecoder::ResumeOnNewFeeder(const char* path, unsigned long long position)
     // The same zoom on the new resolution.
     m_nZoomMode -= 1;
     NextZoomMode();
-    ChangeProgram();
+    m_pHWDecoder->m_bProgramStream = m_bProgramStream;
+    if (!ChangeProgram()) {
+        ReSelectPIDs();    // a decoder without a choice would neither play nor end
+    }
     if (m_bStreaming != 0) {
         m_pHWDecoder->ResumeStreaming(true);
     }

@@ -7,6 +7,21 @@
 #include "playback/MHWDecoder.h"
 #include "playback/StreamChoice.h"
 
+namespace {
+
+// Whether the scanner could read. Close before its end a file has too little left to tell what it carries:
+// then its start is asked, if the stream may be moved.
+bool Scan(CascadeMPEGFile& scanner, CascadeStream& stream, bool mayMove)
+{
+    const bool read = scanner.SetStream(&stream);
+    if ((read && FindStreamType(scanner.GetStreamType()) != nullptr) || !mayMove || stream.GetPosition() == 0 || !stream.SeekToPosition(0)) {
+        return read;
+    }
+    return scanner.SetStream(&stream);
+}
+
+}    // namespace
+
 bool MDecoder::ChangeProgram()
 {
     if (m_bFileOpen == 0) {
@@ -35,19 +50,19 @@ bool MDecoder::ScanAndSelect()
     std::fflush(stdout);
 
     if (place.kind == MHWDecoder::Kind::kHTTP) {
-        return SelectFrom(m_pHWDecoder->GetStream(), path);    // the scanner leaves it where it stands
+        return SelectFrom(m_pHWDecoder->GetStream(), path, false);    // the scanner leaves it where it stands
     }
     const std::unique_ptr<CascadeStream> scan(OpenStream(path));
     if (scan && place.position != 0 && !scan->SeekToPosition(place.position)) {
         std::printf("Seek failed!\n");    // scanned from its start then
     }
-    return SelectFrom(scan.get(), path);
+    return SelectFrom(scan.get(), path, true);
 }
 
-bool MDecoder::SelectFrom(CascadeStream* scan, const char* path)
+bool MDecoder::SelectFrom(CascadeStream* scan, const char* path, bool ownStream)
 {
     CascadeMPEGFile scanner;
-    if (scan == nullptr || !scanner.SetStream(scan)) {
+    if (scan == nullptr || !Scan(scanner, *scan, ownStream)) {
         std::printf("Failed to scan file for PIDs\n");
         return false;
     }
