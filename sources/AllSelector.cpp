@@ -46,17 +46,6 @@ std::string_view ExtensionOf(std::string_view name)
     return dot == std::string_view::npos ? std::string_view() : name.substr(dot + 1);
 }
 
-// The name that all members of a numbered sequence share; the same cut as FileSearch::Create makes.
-std::string_view WithoutNumber(std::string_view name)
-{
-    const size_t last = name.find_last_not_of("0123456789");
-    if (last == std::string_view::npos || last == 0 || name.size() < 2) {
-        // On purpose: the first character of a name is never taken for its number, so "a1" stays "a1".
-        return name;
-    }
-    return name.substr(0, name[last] == '.' || name[last] == '_' ? last : last + 1);
-}
-
 }    // namespace
 
 AllSelector::AllSelector(SelectorTypeFilter filter, unsigned long minSize, bool collapse, const char* patterns)
@@ -136,7 +125,7 @@ bool AllSelector::IsFirstOfSequence(const CascadeString& folder, std::string_vie
     if (!extension.empty()) {
         stem.remove_suffix(extension.size() + 1);
     }
-    const std::string_view base = WithoutNumber(stem);
+    const std::string_view base = SequenceBase(stem);
     if (folder == m_LastFolder && EqualsIgnoringCase(extension, m_LastExtension) && base == m_LastBase && name != m_LastName) {
         return false;
     }
@@ -145,6 +134,17 @@ bool AllSelector::IsFirstOfSequence(const CascadeString& folder, std::string_vie
     m_LastFolder = folder;
     m_LastName = name;
     return true;
+}
+
+// The same cut as FileSearch::Create makes.
+std::string_view AllSelector::SequenceBase(std::string_view stem)
+{
+    const size_t last = stem.find_last_not_of("0123456789");
+    if (last == std::string_view::npos || last == 0 || stem.size() < 2) {
+        // On purpose: the first character of a name is never taken for its number, so "a1" stays "a1".
+        return stem;
+    }
+    return stem.substr(0, stem[last] == '.' || stem[last] == '_' ? last : last + 1);
 }
 
 CascadeString AllSelector::PatternToRegex(const char* pattern)

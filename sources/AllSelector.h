@@ -30,6 +30,9 @@ public:
     bool MatchKnown(const CascadeString& folder, std::string_view name, bool isDirectory, const int64_t* size);
     bool PatternMatch(CascadeFSObject& entry) const;
 
+    // The part of a file name without extension that all members of a numbered sequence share.
+    static std::string_view SequenceBase(std::string_view stem);
+
     // A shell pattern of "*" and "?" as an extended regular expression, not anchored.
     static CascadeString PatternToRegex(const char* pattern);
 
