@@ -36,10 +36,12 @@ public:
     static bool GetJpegBitmap(CascadeJpegFile& file, const CascadeDims& largest, CascadeDims& used, std::unique_ptr<unsigned char[]>& pixels,
         bool alphaFirst, const std::atomic<bool>* stop = nullptr);
 
-    void SetJpegFilePath(const CascadeString& path);    // empty: shows nothing. Place the window before.
+    // Place the window before. The empty path has no picture. The path that is shown, or being loaded, at the same size is
+    // not loaded again; one that failed is.
+    void SetJpegFilePath(const CascadeString& path);
     const CascadeString& GetJpegFilePath() const { return m_Path; }
-    void SetDefaultImage(const CascadeBitmap* image);
-    void WaitUntilFinished();    // the loader; gives up what it is decoding. Short even when the disk hangs.
+    void SetDefaultImage(const CascadeBitmap* image);    // null: none
+    void WaitUntilFinished();    // gives up what the loader is decoding; short even when the disk hangs
     bool IsLoaded() const;    // the loader is done with the path, whatever came of it
 
     void OnPaint(CascadeBitmap& bitmap) override;
@@ -49,11 +51,12 @@ private:
     static void ThreadProc(Picture& picture, const std::atomic<bool>& stop);
     void MakeBitmap();
     void PaintLoading(CascadeBitmap& bitmap) const;
+    bool HasPicture() const;
 
     CascadeString m_Path;
     const CascadeBitmap* m_pDefaultImage = nullptr;
     std::shared_ptr<Picture> m_pPicture;    // shared with the loader; null: no path was set
     CascadeBitmap m_Bitmap;
-    bool m_bShowingDefault = false;
+    bool m_bBitmapMade = false;    // as far as it could be
     std::unique_ptr<ELoader> m_pLoader;
 };

@@ -75,14 +75,13 @@ public:
     void StepReleased() { m_Motion.Release(); }
 
     int GetFirstVisible() const { return m_Scroll.Top(); }
-    int GetVisibleCount() const;    // rows that are at least partly on screen
+    int GetVisibleCount() const;    // rows that fit, as far as there are items
 
     void SetFocused(bool focused);    // how the cursor looks: whether the keys move it at the moment
     void StartIconLoading();    // from now on icons of rows on screen are read
     void StopIconLoading();    // gives up what is being read; returns soon, whatever the disk does
 
     void OnPaint(CascadeBitmap& bitmap) override;
-    void OnMaterialize() override;
     void OnVanish() override;
     void OnTimer(unsigned long id) override;
 
@@ -91,18 +90,25 @@ private:
         CascadeString name;
         int width = 0;
     };
-    struct Look;
-    const Look& CurrentLook() const;
+    struct Trimmed {    // a name as it fits; names stay where they are, so the pointer tells them apart
+        const char* name;
+        int width;
+        CascadeString shown;
+        int wholeWidth;
+    };
     CascadeRect RowsRect() const;    // where rows may stand, in screen coordinates
     void LayOut();
-    void CursorMoved();
-    void SetMarqueeTimer(bool running);
+    bool CursorMoved(bool moved);
+    void StartMarquee(int item, int overflow);
+    void StopMarquee();
+    const Trimmed& TrimmedName(const char* name, int width);
+    void PaintPanel(CascadeBitmap& bitmap);
     void PaintRow(CascadeBitmap& bitmap, int item, const CascadeRect& row);
     int PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& row, bool focused) const;    // answers where the name must end
-    void PaintName(CascadeBitmap& bitmap, int item, const CascadeRect& box, bool selected);
-    void PaintMark(CascadeBitmap& bitmap, const CascadeRect& icon) const;
+    void PaintName(CascadeBitmap& bitmap, int item, const CascadeRect& box, bool selected, bool focused);
+    void PaintMark(CascadeBitmap& bitmap, const CascadeRect& icon, bool focused) const;
     void PaintMessage(CascadeBitmap& bitmap, const CascadeRect& room) const;
-    void PaintScrollBar(CascadeBitmap& bitmap, const CascadeRect& rows) const;
+    void PaintScrollBar(CascadeBitmap& bitmap) const;
 
     EPalette m_Palette;
     std::vector<Column> m_Columns;
@@ -110,11 +116,17 @@ private:
     ListScroll m_Scroll;
     ListMotion m_Motion;
     Marquee m_Marquee;
+    std::vector<Trimmed> m_Trimmed;
     CascadeString m_Message;
     int m_nMode = kSmall;
     bool m_bFocused = true;
+    bool m_bIcons = false;    // rows may have icons read
     uint32_t m_nMarqueeTimer = 0;
+    int m_nMarqueeItem = -1;    // whose name moves or has moved
+    int m_nMarqueeShown = 0;    // pixels
     CascadeFont m_Font;
     CascadeFont m_QuietFont;
+    CascadeBitmap m_Panel;    // as large as the window
+    unsigned m_nPanelResolution = 0;
     std::unique_ptr<EIconLoader> m_pIcons;
 };

@@ -40,10 +40,11 @@ public:
     size_t FocusColumn() const { return m_nColumn; }
     void MoveVertical(int rows);    // round and round
     void MoveHorizontal(int keys);
+    void FocusAccept();
 
 private:
     Page m_Page = Page::kLetters;
-    bool m_bShift = false;
+    bool m_bShift = false;    // stays until it is pressed again
     int m_nRow = 1;
     size_t m_nColumn = 0;
     int m_nAim = -1;    // where vertical moves aim at, units; -1: the middle of the focused key

@@ -173,6 +173,7 @@ void Reset()
     TestInternals::ResetTimers();
     TestInternals::ResetWindows();
     TestInternals::ResetDrawing();
+    TestInternals::ResetJpegs();
     TestInternals::ResetScreen();
     TestInternals::ResetStreams();
     TestInternals::ResetThumbnails();

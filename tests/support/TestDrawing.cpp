@@ -49,7 +49,9 @@ CascadeDims SizeOfJpeg(const std::vector<unsigned char>& bytes)
     return {};
 }
 
-CascadeDims SizeOfPicture(const std::string& path)
+}    // namespace
+
+CascadeDims TestInternals::SizeOfPicture(const std::string& path)
 {
     {
         const std::lock_guard lock(g_PictureMutex);
@@ -63,8 +65,6 @@ CascadeDims SizeOfPicture(const std::string& path)
     const CascadeDims png = SizeOfPng(bytes);
     return png.width > 0 ? png : SizeOfJpeg(bytes);
 }
-
-}    // namespace
 
 struct CascadeBitmap::Impl {
     CascadeDims dims;
@@ -101,7 +101,7 @@ bool CascadeBitmap::Create(int width, int height)
 
 bool CascadeBitmap::CreateFromFile(const char* path)
 {
-    const CascadeDims dims = SizeOfPicture(path == nullptr ? "" : path);
+    const CascadeDims dims = TestInternals::SizeOfPicture(path == nullptr ? "" : path);
     if (!Create(dims.width, dims.height)) {
         return false;
     }

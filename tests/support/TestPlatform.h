@@ -103,6 +103,11 @@ const Drawing* FindBlit(const std::vector<Drawing>& drawings, const std::string&
 // Pictures that CreateFromFile knows besides the PNG and JPEG files on disc (of those only the size is read).
 void AddPicture(const std::string& path, CascadeDims dims);
 void RefuseBitmaps(bool refuse);
+// CascadeJpegFile knows the same pictures; the bytes of the pixel at (x, y) are x, y, 0x55. A decoder that is held waits until
+// it is let go or its stop flag is set; one that is deaf does not mind the flag.
+enum class JpegDecoding { kRuns, kHeld, kHeldDeaf };
+void SetJpegDecoding(JpegDecoding decoding);
+int JpegsHeld();    // decoders that wait at the moment
 
 // ---- screen
 void SetResolutions(std::vector<CascadeDims> resolutions, unsigned current = 0);

@@ -1,0 +1,177 @@
+// How the list is drawn: its panel, the rows on screen, the scroll bar.
+#include <algorithm>
+
+#include "platform/CascadeScreen.h"
+#include "widgets/EIconLoader.h"
+#include "widgets/EListView.h"
+#include "widgets/EUtils.h"
+#include "widgets/ListLook.h"
+
+namespace {
+
+constexpr int kNarrowestColumn = 20;    // a narrower one is hidden
+constexpr int kRowInset = 12;    // of what stands in a row
+constexpr int kMessageSize = 28;
+constexpr int kMessageMargin = 24;
+constexpr int kBarInset = 5;    // from the panel's right edge
+constexpr int kShortestThumb = 36;
+constexpr int kMarkSize = 12;
+constexpr size_t kMostTrimmed = 128;
+constexpr CascadeColor kMarkRim = 0x00000090;
+constexpr int kUnfocusedLine = 2;
+
+int LineHeight(const CascadeFont& font)
+{
+    return font.GetTextExtent("Tpgj").height;
+}
+
+}    // namespace
+
+CascadeRect EListView::RowsRect() const
+{
+    CascadeRect rows = GetRect();
+    rows.InsetRect(kListPadding, kListPadding);
+    return rows;
+}
+
+// Drawn once and kept: a large gradient costs more than all rows.
+void EListView::PaintPanel(CascadeBitmap& bitmap)
+{
+    const CascadeRect& rect = GetRect();
+    if (m_Panel.GetDims() != CascadeDims {rect.width, rect.height} || m_nPanelResolution != CascadeScreen::GetCurrentOutputResolution()) {
+        m_nPanelResolution = CascadeScreen::GetCurrentOutputResolution();
+        m_Panel.Create(rect.width, rect.height);
+        m_Palette.PaintPanel(m_Panel, {0, 0, rect.width, rect.height});
+    }
+    bitmap.Fill(0);
+    bitmap.Blit({rect.left, rect.top}, m_Panel);
+}
+
+void EListView::OnPaint(CascadeBitmap& bitmap)
+{
+    LayOut();
+    PaintPanel(bitmap);
+    const CascadeRect rows = RowsRect();
+    const int height = kListLooks[m_nMode].rowHeight;
+    CascadeRect row = {rows.left, rows.top, rows.width, height};
+    const int end = std::min(m_Scroll.Top() + m_Scroll.PageRows(), GetItemCount());
+    for (int item = m_Scroll.Top(); item < end; ++item) {
+        PaintRow(bitmap, item, row);
+        row.top += height;
+    }
+    PaintMessage(bitmap, {rows.left, row.top, rows.width, rows.Bottom() - row.top});
+    PaintScrollBar(bitmap);
+    if (m_bIcons) {
+        m_pIcons->LoadWanted();
+    }
+}
+
+void EListView::PaintRow(CascadeBitmap& bitmap, int item, const CascadeRect& row)
+{
+    const ListLook& look = kListLooks[m_nMode];
+    const bool selected = item == m_Scroll.Selected();
+    const bool focused = selected && m_bFocused;
+    if (focused) {
+        m_Palette.PaintFocus(bitmap, {row.left, row.top + 1, row.width, row.height - 2}, m_Palette.rowRadius);
+    } else if (selected) {
+        bitmap.StrokeRoundedRect({row.left, row.top + 1, row.width, row.height - 2}, m_Palette.rowRadius, kUnfocusedLine, m_Palette.accent);
+    }
+
+    const CascadeRect icon = {row.left + kRowInset, row.top + (row.height - look.icon) / 2, look.icon, look.icon};
+    const char* const path = m_Items.GetIcons(item)[static_cast<size_t>(m_nMode)];
+    if (const CascadeBitmap* const picture = m_bIcons ? m_pIcons->Find(path, look.icon) : nullptr) {
+        bitmap.Blit({icon.left, icon.top}, *picture);
+    }
+    if (m_Items.GetMark(item)) {
+        PaintMark(bitmap, icon, focused);
+    }
+    const int left = icon.Right() + look.gap;
+    const int right = PaintColumns(bitmap, item, row, focused);
+    PaintName(bitmap, item, {left, row.top, right - left, row.height}, selected, focused);
+}
+
+// A dot at the icon's corner.
+void EListView::PaintMark(CascadeBitmap& bitmap, const CascadeRect& icon, bool focused) const
+{
+    CascadeRect dot = {icon.Right() - kMarkSize + 3, icon.Bottom() - kMarkSize + 3, kMarkSize, kMarkSize};
+    CascadeRect rim = dot;
+    rim.InsetRect(-2, -2);
+    bitmap.FillRoundedRect(rim, rim.width / 2, kMarkRim);
+    bitmap.FillRoundedRect(dot, kMarkSize / 2, focused ? m_Palette.onAccent : m_Palette.accent);
+}
+
+int EListView::PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& row, bool focused) const
+{
+    const int gap = kListLooks[m_nMode].gap;
+    int right = row.Right() - kRowInset;
+    for (size_t i = m_Columns.size(); i-- > 1;) {
+        const int width = m_Columns[i].width;
+        if (width < kNarrowestColumn) {
+            continue;
+        }
+        const char* const text = m_Items.GetText(item, static_cast<int>(i));
+        // A figure is never shortened: the name gives way.
+        const CascadeDims extent = *text == '\0' ? CascadeDims {} : m_QuietFont.GetTextExtent(text);
+        if (extent.width > 0) {
+            const CascadePoint at = {right - extent.width, row.top + (row.height - extent.height) / 2};
+            bitmap.TextOut(at, text, m_QuietFont, focused ? m_Palette.onAccent : m_Palette.quiet);
+        }
+        right -= std::max(width, extent.width) + gap;
+    }
+    return right;
+}
+
+const EListView::Trimmed& EListView::TrimmedName(const char* name, int width)
+{
+    const auto found = std::find_if(m_Trimmed.begin(), m_Trimmed.end(), [&](const Trimmed& entry) { return entry.name == name && entry.width == width; });
+    if (found != m_Trimmed.end()) {
+        return *found;
+    }
+    if (m_Trimmed.size() >= kMostTrimmed) {
+        m_Trimmed.clear();
+    }
+    const int whole = m_Font.GetTextExtent(name).width;
+    m_Trimmed.push_back({name, width, whole <= width ? CascadeString(name) : EUtils::TrimStringToWidth(name, width, m_Font, false), whole});
+    return m_Trimmed.back();
+}
+
+void EListView::PaintName(CascadeBitmap& bitmap, int item, const CascadeRect& box, bool selected, bool focused)
+{
+    const Trimmed& name = TrimmedName(m_Items.GetText(item, 0), box.width);
+    const int height = LineHeight(m_Font);
+    const CascadePoint at = {box.left, box.top + (box.height - height) / 2};
+    const CascadeColor color = focused ? m_Palette.onAccent : m_Palette.text;
+    if (selected && m_bFocused && name.wholeWidth > box.width) {
+        StartMarquee(item, name.wholeWidth - box.width);
+    }
+    CascadeBitmap window;
+    if (m_nMarqueeItem != item || m_nMarqueeShown == 0 || !window.Create(box.width, height)) {
+        bitmap.TextOut(at, name.shown, m_Font, color);
+        return;
+    }
+    window.TextOut({-m_nMarqueeShown, 0}, name.name, m_Font, color);
+    bitmap.Blit(at, window);
+}
+
+void EListView::PaintMessage(CascadeBitmap& bitmap, const CascadeRect& room) const
+{
+    const CascadeFont font("system", kMessageSize);
+    const int height = LineHeight(font);
+    if (m_Message.IsEmpty() || room.height < height) {
+        return;
+    }
+    const CascadeString shown = EUtils::TrimStringToWidth(m_Message, room.width - 2 * kMessageMargin, font, false);
+    const int width = font.GetTextExtent(shown).width;
+    bitmap.TextOut({room.left + (room.width - width) / 2, room.top + (room.height - height) / 2}, shown, font, m_Palette.quiet);
+}
+
+void EListView::PaintScrollBar(CascadeBitmap& bitmap) const
+{
+    const CascadeRect rows = RowsRect();
+    const CascadeRect groove = {GetRect().Right() - kBarInset - kListBar, rows.top + kListPadding / 2, kListBar, rows.height - kListPadding};
+    const ListScroll::Thumb thumb = m_Scroll.ThumbIn(groove.height, kShortestThumb);
+    if (thumb.length > 0) {
+        bitmap.FillRoundedRect(groove, kListBar / 2, m_Palette.key);
+        bitmap.FillRoundedRect({groove.left, groove.top + thumb.start, kListBar, thumb.length}, kListBar / 2, m_Palette.accent);
+    }
+}
