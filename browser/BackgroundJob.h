@@ -8,8 +8,11 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -35,7 +38,9 @@ public:
         try {
             std::thread([state, todo = std::move(work)] {
                 state->result.emplace(todo(state->stop));
+                const std::lock_guard lock(state->mutex);
                 state->done.store(true, std::memory_order_release);
+                state->finished.notify_all();
             }).detach();
         } catch (const std::system_error&) {
             return false;
@@ -46,15 +51,24 @@ public:
 
     bool IsRunning() const { return m_pState != nullptr; }    // until its result is taken
 
+    // Gives a job that is usually done at once the time for it; whether the result is there.
+    bool Wait(std::chrono::milliseconds longest)
+    {
+        if (!m_pState) {
+            return false;
+        }
+        std::unique_lock lock(m_pState->mutex);
+        return m_pState->finished.wait_for(lock, longest, [this] { return m_pState->done.load(); });
+    }
+
     // The result, once, when it is there.
     std::optional<Result> Take()
     {
         if (!m_pState || !m_pState->done.load(std::memory_order_acquire)) {
             return std::nullopt;
         }
-        std::optional<Result> result = std::move(m_pState->result);
-        m_pState.reset();
-        return result;
+        const std::shared_ptr<State> state = std::move(m_pState);
+        return std::move(state->result);
     }
 
     void Abandon()
@@ -68,6 +82,8 @@ public:
 private:
     struct State {
         JobStop stop {false};
+        std::mutex mutex;
+        std::condition_variable finished;
         std::atomic<bool> done {false};
         std::optional<Result> result;
     };
