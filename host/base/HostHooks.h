@@ -32,10 +32,18 @@ struct HostHooks {
 };
 HostHooks& Hooks();
 
-// Defined in host/network, called by the application loop: external control (and later the phone remote).
+// Defined in host/network, called by the application loop: external control.
 // Start answers false, and says why on standard error, when the port cannot be had; the player goes on.
 bool StartNetworkServices();
 void StopNetworkServices();
+
+// Defined in host/remote: the phone remote, and pairing for all that listens; to be started first.
+bool StartRemoteServices();
+void StopRemoteServices();
+
+// Defined in host/library: the folder of volumes, kept from the start to the end, and what answers thumbnails.
+void StartLibraryServices();
+void StopLibraryServices();
 
 // Defined in host/network: claims external commands whose first word is `prefix`; `handler` runs on the
 // user-interface thread with the whole command and answers the reply.

@@ -41,23 +41,34 @@ bool SetHeadless(HostOptions& options, std::string_view)
     return true;
 }
 
-bool SetEcp(HostOptions& options, std::string_view value)
+bool IsAddressOrOff(std::string_view value)
 {
-    options.ecp = value;
     const size_t colon = value.rfind(':');
     int port = 0;
     return value == "off" || (colon != std::string_view::npos && colon > 0 && ParseNumber(value.substr(colon + 1), 0, 65535, port));
 }
 
+bool SetEcp(HostOptions& options, std::string_view value)
+{
+    options.ecp = value;
+    return IsAddressOrOff(value);
+}
+
 bool SetRemote(HostOptions& options, std::string_view value)
 {
     options.remote = value;
-    return true;
+    return IsAddressOrOff(value);
 }
 
 bool SetState(HostOptions& options, std::string_view value)
 {
     options.stateFolder = value;
+    return true;
+}
+
+bool SetVolumes(HostOptions& options, std::string_view value)
+{
+    options.volumes = value;
     return true;
 }
 
@@ -111,8 +122,9 @@ constexpr OptionRow kOptions[] = {
     {"--fullscreen", Value::kNone, SetFullscreen, "", "play on the full screen (the default)"},
     {"--headless", Value::kNone, SetHeadless, "", "no display and no sound device; all the rest runs"},
     {"--ecp", Value::kNeeded, SetEcp, "HOST:PORT|off", "where external control listens (127.0.0.1:4747)"},
-    {"--remote", Value::kNeeded, SetRemote, "HOST:PORT|off", "where the phone remote listens"},
+    {"--remote", Value::kNeeded, SetRemote, "HOST:PORT|off", "where the phone remote listens (127.0.0.1:4748)"},
     {"--state", Value::kNeeded, SetState, "DIR", "folder for settings and screenshots"},
+    {"--volumes", Value::kNeeded, SetVolumes, "DIR|off", "folder that shows what is mounted (/tmp/Volumes)"},
     {"--deinterlace", Value::kNeeded, SetDeinterlace, "auto|on|off", "when interlaced pictures are deinterlaced (auto)"},
     {"--aspect", Value::kNeeded, SetAspect, "keep|stretch", "keep the picture's shape (the default) or fill"},
     {"--audio", Value::kNeeded, SetAudio, "DEVICE|off", "sound device"},

@@ -18,8 +18,9 @@ struct HostOptions {
     int windowWidth = 0;                // 0: the logical screen's
     int windowHeight = 0;
     std::string ecp = "127.0.0.1:4747"; // HOST:PORT or "off"
-    std::string remote;                 // kept for the phone remote; empty: none given
+    std::string remote = "127.0.0.1:4748";    // of the phone remote: HOST:PORT or "off"
     std::string stateFolder;            // --state; empty: the XDG folders
+    std::string volumes = "/tmp/Volumes";    // the folder that shows what is mounted, or "off"
     Deinterlace deinterlace = Deinterlace::kAuto;
     bool stretch = false;               // --aspect=stretch
     std::string audio;                  // device name, "off", or empty for the default

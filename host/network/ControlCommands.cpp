@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "host/base/HostHooks.h"
+#include "host/base/KeyNames.h"
 #include "host/network/ControlWords.h"
 #include "platform/CascadeInput.h"
 
@@ -55,9 +56,8 @@ std::optional<unsigned long> KeyOf(std::string_view argument)
         const auto [stop, error] = std::from_chars(word.data() + 2, end, code, 16);
         return error == std::errc() && stop == end && code != 0 ? std::optional<unsigned long>(code) : std::nullopt;
     }
-    const auto* const row
-        = std::find_if(std::begin(kControlKeys), std::end(kControlKeys), [&word](const ControlKeyName& key) { return key.name == word; });
-    return row == std::end(kControlKeys) ? std::nullopt : std::optional<unsigned long>(row->key);
+    const uint32_t key = KeyNamed(word);
+    return key == 0 ? std::nullopt : std::optional<unsigned long>(key);
 }
 
 std::string DispatchKey(std::string_view argument, bool down, bool up)
@@ -127,7 +127,7 @@ ControlReply HelpWord(std::string_view)
         help += std::string(kHostPrefix) + " " + std::string(row.name) + (row.argument.empty() ? "" : " ") + std::string(row.argument) + "; ";
     }
     help += "keys:";
-    for (const ControlKeyName& key : kControlKeys) {
+    for (const KeyName& key : kKeyNames) {
         help += " " + std::string(key.name);
     }
     help += "; others:";

@@ -2,37 +2,15 @@
 #include <charconv>
 #include <cstdio>
 #include <ctime>
-#include <memory>
 
-#include <glib.h>
 #include <unistd.h>
 
 #include "host/base/HostHooks.h"
+#include "host/base/JsonText.h"
 #include "host/network/ControlCommands.h"
 
 namespace host {
 namespace {
-
-// RFC 8259 7.
-std::string JsonText(const std::string& text)
-{
-    const std::unique_ptr<char, decltype(&g_free)> valid(g_utf8_make_valid(text.c_str(), -1), &g_free);
-    std::string result = "\"";
-    for (const char* at = valid.get(); *at != '\0'; ++at) {
-        const auto byte = static_cast<unsigned char>(*at);
-        if (byte == '"' || byte == '\\') {
-            result += '\\';
-            result += *at;
-        } else if (byte < 0x20) {
-            std::array<char, 8> escape {};
-            std::snprintf(escape.data(), escape.size(), "\\u%04x", static_cast<unsigned>(byte));
-            result += escape.data();
-        } else {
-            result += *at;
-        }
-    }
-    return result + "\"";
-}
 
 // proc(5): the second number is the resident set in pages.
 unsigned long long ResidentKiB()

@@ -1,42 +1,14 @@
-// The host's own external commands and the names of keys, as lists. docs/control.md has the same rows.
+// The host's own external commands, as a list. docs/control.md has the same rows.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "host/network/ControlCommands.h"
-#include "platform/RemoteKeys.h"
 
 namespace host {
 
 inline constexpr std::string_view kHostPrefix = "Cascade";
-
-struct ControlKeyName {
-    std::string_view name;
-    uint32_t key;
-};
-
-inline constexpr ControlKeyName kControlKeys[] = {
-    {"select", Remote::kSelect},
-    {"up", Remote::kUp},
-    {"down", Remote::kDown},
-    {"left", Remote::kLeft},
-    {"right", Remote::kRight},
-    {"play", Remote::kPlay},
-    {"pause", Remote::kPause},
-    {"playpause", Remote::kPlayPause},
-    {"stop", Remote::kStop},
-    {"forward", Remote::kFastForward},
-    {"rewind", Remote::kRewind},
-    {"next", Remote::kNextChapter},
-    {"previous", Remote::kPrevChapter},
-    {"zoom", Remote::kZoom},
-    {"menu", Remote::kMenu},
-    {"info", Remote::kInfo},
-    {"exit", Remote::kExit},
-    {"power", Remote::kPower},
-};
 
 // Each runs on the user-interface thread with what follows its word, and answers the reply.
 ControlReply PressKeyWord(std::string_view argument);

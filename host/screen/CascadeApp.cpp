@@ -94,16 +94,20 @@ int CascadeApp::Run(int argc, char** argv)
 
     HostLoop loop;
     loop.Start(host::CurrentHostOptions());
-    host::StartNetworkServices();    // without it the player plays all the same; it has said why
+    host::StartRemoteServices();    // without these the player plays all the same; they have said why
+    host::StartNetworkServices();
     TimerQueue::Instance().CountFrom(host::Clock::now() - std::chrono::milliseconds(MillisecondsSinceProcessStart()));
     OnAppInit();
     TimerQueue::Instance().CountFrom(std::nullopt);
     host::ClearUiWaitEnd();
     if (!State().terminated) {
+        host::StartLibraryServices();
         loop.Run();
     }
     OnAppExit();
+    host::StopLibraryServices();
     host::StopNetworkServices();
+    host::StopRemoteServices();
     loop.Stop();
     return State().exitCode;
 }

@@ -286,7 +286,7 @@ TEST(ControlWords, AreThoseOfTheirPage)
         std::string row = "| `Cascade " + std::string(word.name) + (word.argument.empty() ? "" : " NAME\\|0xCODE") + "` |";
         EXPECT_NE(page.find(row), std::string::npos) << row;
     }
-    for (const host::ControlKeyName& key : host::kControlKeys) {
+    for (const host::KeyName& key : host::kKeyNames) {
         char row[64];
         std::snprintf(row, sizeof(row), "| `%s` | 0x%X |", std::string(key.name).c_str(), static_cast<unsigned>(key.key));
         EXPECT_NE(page.find(row), std::string::npos) << row;

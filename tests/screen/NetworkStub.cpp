@@ -22,6 +22,16 @@ void StopNetworkServices()
     ++TheNetwork().stops;
 }
 
+bool StartRemoteServices()
+{
+    return true;
+}
+
+void StopRemoteServices() { }
+
+void StartLibraryServices() {}
+void StopLibraryServices() {}
+
 void ClaimCommandPrefix(const std::string& prefix, std::function<std::string(const std::string&)> handler)
 {
     TheNetwork().handlers[prefix] = std::move(handler);
