@@ -20,6 +20,14 @@ void BookmarkList::AddBookmark(const char* name, long long position)
     m_Marks.insert(m_Marks.begin() + index, std::move(mark));
 }
 
+void BookmarkList::AddBookmarks(std::vector<tagBookmark> marks)
+{
+    for (tagBookmark& mark : marks) {
+        m_Marks.push_back(std::make_unique<tagBookmark>(std::move(mark)));
+    }
+    std::stable_sort(m_Marks.begin(), m_Marks.end(), [](const auto& a, const auto& b) { return SortsBefore(*a, *b); });
+}
+
 int BookmarkList::LocateBookmark(const tagBookmark* key) const
 {
     const auto after

@@ -20,6 +20,7 @@ struct tagBookmark {
 class BookmarkList {
 public:
     void AddBookmark(const char* name, long long position);    // after all records that are equal
+    void AddBookmarks(std::vector<tagBookmark> marks);         // as one after the other, whatever their order and number
     int LocateBookmark(const tagBookmark* key) const;          // first record that sorts strictly after the key
     int GetNext(const tagBookmark* key) const;                 // wraps to 0; -1 when empty
     int GetPrev(const tagBookmark* key, bool skipOne) const;   // wraps to the last; -1 when empty

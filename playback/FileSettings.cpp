@@ -7,12 +7,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <utility>
+#include <vector>
 
 namespace {
 
 constexpr std::string_view kSignature = "#Nuvid File. Do not modify";
 constexpr std::string_view kComparedSignature = kSignature.substr(0, 12);
 constexpr size_t kLongestLine = 349;
+// No side file of ours comes near: the largest information file has 65536 chapters. What is larger is
+// somebody else's, whatever it begins with.
+constexpr off_t kLargestFile = 32 * 1024 * 1024;
 
 // Decimal, blanks and a sign before it; 0 without a digit. Numbers out of range stop at the range's end.
 long long ParseNumber(std::string_view text)
@@ -69,25 +74,30 @@ std::optional<tagBookmark> ParseMark(std::string_view line)
     return tagBookmark {CascadeString(name), ParseNumber(line.substr(at + 1))};
 }
 
-void ParseLine(std::string_view line, FileSettings& settings)
+struct Marks {
+    std::vector<tagBookmark> chapters;
+    std::vector<tagBookmark> bookmarks;
+};
+
+void ParseLine(std::string_view line, FileState& state, Marks& marks)
 {
     const std::string_view value = line.size() > 2 ? line.substr(2) : std::string_view();
     const char key = line.empty() ? '\0' : line[0];
     if (key == 'z') {
-        settings.state.zoomMode = ParseInt(value);
+        state.zoomMode = ParseInt(value);
     } else if (key == 'v') {
-        settings.state.videoRes = ParseInt(value);
+        state.videoRes = ParseInt(value);
     } else if (key == 'a') {
-        settings.state.audioStream = ParseInt(value);
+        state.audioStream = ParseInt(value);
     } else if (key == 'b' || key == 'c' || key == 'r') {
-        const std::optional<tagBookmark> mark = ParseMark(line);
+        std::optional<tagBookmark> mark = ParseMark(line);
         if (!mark) {
             return;
         }
         if (key == 'r') {
-            settings.state.resume = mark;
+            state.resume = std::move(mark);
         } else {
-            (key == 'b' ? settings.bookmarks : settings.chapters).AddBookmark(mark->name, mark->position);
+            (key == 'b' ? marks.bookmarks : marks.chapters).push_back(std::move(*mark));
         }
     }
 }
@@ -106,9 +116,12 @@ FileSettings ParseFileSettings(std::string_view text)
         return settings;
     }
     TakeLine(text);
+    Marks marks;
     while (!text.empty()) {
-        ParseLine(TakeLine(text), settings);
+        ParseLine(TakeLine(text), settings.state, marks);
     }
+    settings.chapters.AddBookmarks(std::move(marks.chapters));
+    settings.bookmarks.AddBookmarks(std::move(marks.bookmarks));
     return settings;
 }
 
@@ -141,6 +154,8 @@ std::optional<std::string> ReadSettingsText(const char* path)
     struct stat status { };
     if (fstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
         text.emplace();
+    }
+    if (text && status.st_size <= kLargestFile) {
         char block[4096];
         for (;;) {
             const ssize_t got = read(file, block, sizeof block);

@@ -31,6 +31,6 @@ bool IsFileSettings(std::string_view text);
 FileSettings ParseFileSettings(std::string_view text);
 std::string FormatFileSettings(const BookmarkList& chapters, const BookmarkList& bookmarks, const FileState& state);
 
-// The whole file, or the start of one that is no side file; none when it is not there or cannot be read.
-// Only regular files are read.
+// The whole file, or no more than the start of one that is no side file; none when it is not there or cannot
+// be read. Only regular files are read.
 std::optional<std::string> ReadSettingsText(const char* path);

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <filesystem>
+
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -96,6 +99,25 @@ TEST(FileSettingsTest, IgnoresWhatItDoesNotUnderstand)
     EXPECT_EQ(Marks(settings.bookmarks), "b @0\nb @0\n");    // "b@" and "b @"
     EXPECT_EQ(settings.chapters.Get(0)->position, LLONG_MIN);
     EXPECT_EQ(settings.chapters.Get(1)->position, 12);
+}
+
+TEST(FileSettingsTest, OrderAndNumberOfMarksCostNoTime)
+{
+    std::string text = "#Nuvid File.\n";
+    for (int i = 300000; i > 0; --i) {
+        text += "b a@" + std::to_string(i / 2) + "\nc b@1\n";
+    }
+    const FileSettings settings = ParseFileSettings(text);
+    ASSERT_EQ(settings.bookmarks.Size(), 300000);
+    EXPECT_EQ(settings.bookmarks.Get(0)->position, 0);
+    const tagBookmark key {"a", 7};
+    EXPECT_EQ(settings.bookmarks.LocateBookmark(&key), 15);    // 1 of zero, two of each up to 7
+
+    // A text of that size is ours; one that no recording can have is somebody else's, and keeps its bytes.
+    const TemporaryFolder folder;
+    EXPECT_EQ(ReadSettingsText(folder.Write("a.nuvid", text).c_str()), text);
+    std::filesystem::resize_file(folder / "a.nuvid", 33 << 20);
+    EXPECT_EQ(ReadSettingsText((folder / "a.nuvid").c_str()), "");
 }
 
 }    // namespace

@@ -1,11 +1,46 @@
 // The side file while a recording plays: when it is saved, with what, and by whom.
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
 #include <chrono>
+#include <csignal>
+#include <functional>
+#include <future>
 #include <thread>
 
 #include "playback/SaveSchedule.h"
 #include "playback/SideFileWriter.h"
 #include "tests/playback/PlaybackFixture.h"
 #include "tests/support/OrdinaryUser.h"
+
+namespace {
+std::function<int()> g_OnFlush;    // an errno to fail with, or 0
+std::atomic<bool> g_bRefuseRename {false};
+}    // namespace
+
+// The C library's are replaced in this program, so that a medium can be slow or fail.
+extern "C" int fsync(int fd)
+{
+    const int error = g_OnFlush ? g_OnFlush() : 0;
+    if (error != 0) {
+        errno = error;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_fsync, fd));
+}
+
+extern "C" int rename(const char* from, const char* to) noexcept
+{
+    if (g_bRefuseRename) {
+        errno = EIO;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_renameat, AT_FDCWD, from, AT_FDCWD, to));
+}
 
 namespace {
 
@@ -92,6 +127,37 @@ TEST_F(SideFileWriterTest, LeavesForeignFilesAloneAndTellsOnceWhatItCannotWrite)
     }
     std::filesystem::permissions(m_Folder.Path(), std::filesystem::perms(0755));
     EXPECT_EQ(m_Folder.Read("film.nuvid"), kSignatureLine + "old\n");
+}
+
+TEST_F(SideFileWriterTest, ASaveThatFailsAtAnyStepLeavesTheOldFile)
+{
+    const std::string old = kSignatureLine + "z 1\n";
+    m_Folder.Write("film.nuvid", old);
+    rlimit before { };
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const auto limit = [&](rlim_t bytes) {
+        const rlimit changed {bytes, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &changed);
+    };
+    const std::pair<const char*, std::function<void(bool)>> steps[] = {
+        {"write", [&](bool fails) { limit(fails ? 4096 : before.rlim_cur); }},
+        {"flush", [](bool fails) { g_OnFlush = fails ? std::function<int()>([] { return EIO; }) : nullptr; }},
+        {"rename", [](bool fails) { g_bRefuseRename = fails; }},
+    };
+    for (const auto& [name, fail] : steps) {
+        SCOPED_TRACE(name);
+        m_Writer.Begin((m_Folder / "film.nuvid").c_str());
+        testing::internal::CaptureStdout();
+        fail(true);
+        m_Writer.Finish(kSignatureLine + std::string(8192, '\n') + "z 2\n");
+        fail(false);
+        EXPECT_EQ(testing::internal::GetCapturedStdout(), "Can not open settings file for writing\n");
+        EXPECT_EQ(m_Folder.Read("film.nuvid"), old);
+        EXPECT_EQ(m_Folder.Names(), std::set<std::string> {"film.nuvid"});
+    }
+    m_Writer.Finish(kSignatureLine + "z 2\n");    // the medium has come to itself
+    EXPECT_EQ(m_Folder.Read("film.nuvid"), kSignatureLine + "z 2\n");
 }
 
 class SavingTest : public PlaybackTest {
@@ -191,6 +257,33 @@ TEST_F(SavingTest, TheOldPointStaysAsLongAsTheQuestionIsOpen)
     m_Engine.ResumeAnswered();    // from the start, then
     PlayFor(9000);
     EXPECT_TRUE(ComesToHold("r clip1.mpg@192512\n"));
+}
+
+TEST_F(SavingTest, ASlowMediumHoldsUpNeitherTheFeedNorTheKeys)
+{
+    std::promise<void> reached, released;
+    g_OnFlush = [&, first = true]() mutable {
+        if (std::exchange(first, false)) {
+            reached.set_value();
+            released.get_future().wait();
+        }
+        return 0;
+    };
+    ASSERT_TRUE(Open());
+    TestDecoder::Pull();
+    PlayFor(9000);
+    reached.get_future().wait();    // the save hangs in the medium now
+    size_t fed = 192512;
+    for (int i = 0; i < 16; ++i) {
+        fed += TestDecoder::Pull().size();
+        m_Engine.SetBookmark();
+        PlayFor(9000);    // further saves come due
+    }
+    EXPECT_GT(fed, 8U * 192512U);
+    released.set_value();
+    m_Engine.DoTheClose();
+    g_OnFlush = nullptr;
+    EXPECT_TRUE(ComesToHold("r clip1.mpg@" + std::to_string(fed) + "\n"));
 }
 
 }    // namespace
