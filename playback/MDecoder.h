@@ -65,6 +65,7 @@ public:
     int GetCurFileProgress();
     int GetTotalFileProgress();
     int GetBitrate();
+    bool IsBitrateMeasured();    // else GetBitrate answers the guess of the opening
     bool PauseStreaming();
     bool ResumeStreaming();
     void SkipFW(int seconds);      // leaves the feed paused; ReOpen follows

@@ -6,6 +6,7 @@
 #include "playback/MDecoder.h"
 #include "playback/MHWDecoder.h"
 #include "playback/SkipMath.h"
+#include "playback/StreamChoice.h"
 
 namespace {
 
@@ -68,6 +69,11 @@ int MDecoder::GetTotalFileProgress()
 int MDecoder::GetBitrate()
 {
     return m_bFileOpen != 0 ? static_cast<int>(m_pHWDecoder->m_nBitrate) : 0;
+}
+
+bool MDecoder::IsBitrateMeasured()
+{
+    return m_bFileOpen != 0 && m_pHWDecoder->m_nBitrate != StartBitrate(m_bProgramStream);
 }
 
 bool MDecoder::PauseStreaming()

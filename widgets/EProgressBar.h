@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "platform/CascadeFont.h"
 #include "platform/CascadeTimer.h"
@@ -31,7 +32,9 @@ public:
 
 private:
     void PaintMarks(CascadeBitmap& bitmap, const CascadeRect& bar) const;
-    void PaintTexts(CascadeBitmap& bitmap, const CascadeRect& bar, uint64_t position) const;
+    void PaintTexts(CascadeBitmap& bitmap, const CascadeRect& bar, uint64_t position, double share) const;
+    static void PaintDisc(CascadeBitmap& bitmap, CascadePoint middle, int size, CascadeColor color);
+    static std::vector<int> Places(const std::vector<double>& percents, int width);
     CascadeString TimeText(uint64_t bytes) const;
 
     static uint32_t s_nTicks;    // of all bands together
