@@ -159,6 +159,17 @@ class Player:
         assert reply == "pong", reply
         return (time.monotonic() - begin) * 1000
 
+    def choose(self, program=0, sound=0, resolution=0):
+        """Goes through the playback options; each number says how often Select is pressed on that row."""
+        title = "Nuvid Playback Options"
+        wait_for(lambda: self.key("info") and title in self.stats()["windows"], 10, title)
+        for presses in (program, sound, resolution):
+            for _ in range(presses):
+                self.key("select")
+            self.key("down")
+        self.key("select")
+        self.wait_stats(lambda s: title not in s["windows"], what="the menu to close")
+
     # --- its end
     def wait_exit(self, seconds=10):
         try:

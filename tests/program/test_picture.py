@@ -97,21 +97,6 @@ class Zoom(unittest.TestCase):
                   for shape in ("16:9", "4:3") for options, table in (((), KEEPING_SHAPE), (("--aspect=stretch",), STRETCHED))}, at_once=2)
 
 
-def choose(player, program=0, sound=0, resolution=0):
-    """Goes through the playback options; each number says how often to press Select on that row."""
-    def opened():
-        player.key("info")
-        return "Nuvid Playback Options" in player.stats()["windows"]
-
-    wait_for(opened, 10, "the playback options")
-    for presses in (program, sound, resolution):
-        for _ in range(presses):
-            player.key("select")
-        player.key("down")
-    player.key("select")
-    player.wait_stats(lambda s: "Nuvid Playback Options" not in s["windows"], what="the menu to close")
-
-
 class Resolutions(unittest.TestCase):
     """-NTSCRes=6 is 720 x 480, -PALRes=3 is 1920 x 1080: the numbers count from 1."""
 
@@ -126,12 +111,12 @@ class Resolutions(unittest.TestCase):
             film = shelf.put("parts_long_whole.mpg", "show.mpg")
             with self.play(film) as player:
                 player.wait_stats(lambda s: s["frames_shown"] > 30)
-                choose(player, resolution=1)
+                player.choose(resolution=1)
                 self.screen_is(player, (720, 480))
                 player.wait_output("Need to resume at file " + film)
                 player.wait_stats(lambda s: s["frames_shown"] > 30 and s["state"] == "playing", what="playing at the new resolution")
                 pause(player)
-                choose(player, resolution=1)
+                player.choose(resolution=1)
                 self.screen_is(player, (1920, 1080))
                 self.assertEqual(player.cmd("Nuvid status"), "Paused")
                 self.assertGreater(sum(shot(player)[540]), 20 * 1920, "the picture stays")
@@ -143,7 +128,7 @@ class Resolutions(unittest.TestCase):
                 self.screen_is(player, (1920, 1080))
             with self.play(shelf.put("mpeg1_mp2.mpg")) as player:
                 player.wait_output("EOF")
-                choose(player, resolution=1)
+                player.choose(resolution=1)
                 self.screen_is(player, (720, 480))
                 wait_for(lambda: player.cmd("Nuvid status") == "Stopped", 15, lambda: f"the end\n{player.output()[-1000:]}")
 
@@ -152,7 +137,7 @@ class Streams(unittest.TestCase):
     def test_programs(self):
         with Shelf("ts_2programs.ts") as shelf, Player("-noresume", shelf.path("ts_2programs.ts")) as player:
             player.wait_stats(lambda s: s["frames_shown"] > 3)
-            choose(player, program=1)
+            player.choose(program=1)
             player.wait_output("Program: 2/2")
             # The first bar of the second program is grey from top to bottom; the first program's picture is nowhere.
             wait_for(lambda: max(map(max, self.left_bar(player))) - min(map(min, self.left_bar(player))) < 8, 5, "the bars of the second program")
@@ -171,7 +156,7 @@ class Streams(unittest.TestCase):
                     player.wait_stats(lambda s: (s["audio"]["codec"], s["audio"]["channels"]) == (codec, channels), what=f"{codec} is heard")
                     played = player.stats()["clock_s"]
                     player.wait_stats(lambda s: s["clock_s"] > played + 1 and abs(s["av_offset_ms"]) < 80, what=f"{codec} in step with the picture")
-                    choose(player, sound=1)
+                    player.choose(sound=1)
 
 
 if __name__ == "__main__":
