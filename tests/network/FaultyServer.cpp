@@ -161,7 +161,11 @@ void FaultyServer::Serve(int fd)
         head += byte;
     }
     if (head.ends_with("\r\n\r\n")) {
-        const Asked asked = Parse(head);
+        Asked asked = Parse(head);
+        const auto length = asked.headers.find("content-length");
+        while (length != asked.headers.end() && asked.body.size() < std::stoull(length->second) && recv(fd, &byte, 1, 0) == 1) {
+            asked.body += byte;
+        }
         size_t number = 0;
         {
             const std::lock_guard lock(m_Mutex);

@@ -23,6 +23,7 @@ struct Asked {
     std::string target;
     std::map<std::string, std::string> headers;    // names in lower case
     std::optional<uint64_t> from;    // of the Range header
+    std::string body;    // as long as its Content-Length says
 };
 
 // One connection, for one request.

@@ -1,9 +1,10 @@
 // One browse request: asks the server page after page until nothing more comes.
 //
 // Rules:     The server is asked for all and may give fewer; it is asked on from there until it gives
-//            nothing. What it says of the number of matches ends nothing by itself, for servers name the
-//            page's size, or 0, or what they like. One that answers the same page again is not asked on.
-//            An answer too large is asked for again in pages.
+//            nothing. What it says of the number of matches ends nothing, for servers name the page's size,
+//            or 0, or what they like; when it agrees, the last question is only whether there is one more,
+//            which costs the server least. One that answers the same page again is not asked on. An answer
+//            too large is asked for again in pages.
 // Units:     limits below.
 // Errors:    in the last page's result; what came before is good.
 // Threads:   the control point's thread.
@@ -12,11 +13,13 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "host/upnp/ControlPoint.h"
 #include "host/upnp/control/AddressRule.h"
 #include "host/upnp/control/BrowseMessage.h"
+#include "host/upnp/control/DidlObjects.h"
 #include "host/upnp/control/Exchange.h"
 
 namespace host {
@@ -44,12 +47,15 @@ public:
     BrowseJob& operator=(const BrowseJob&) = delete;
 
 private:
-    void Ask();
+    void Ask(size_t after, bool probe = false);    // for what follows so many; a probe: whether anything does
     void Take(const Exchange::Answer& answer);
     void TakeFault(int code);
-    void TakeObjects(const BrowseAnswer& answer);
+    void TakeBrowse(BrowseAnswer answer);
+    bool ReadHeld();
+    bool TakeObjects(DidlObjects didl);
     bool IsSamePage(const BrowseObjects& objects);
-    void Finish(CascadeUPnP::TransactionResult result, BrowseObjects objects = {});
+    size_t Wanted() const;
+    bool Finish(CascadeUPnP::TransactionResult result, BrowseObjects objects = {});
 
     SoupSession* const m_pSession;
     const BrowseOrder m_Order;
@@ -61,6 +67,9 @@ private:
     std::string m_Sort;
     unsigned long m_nPage = 0;    // how many are asked for at once; 0: all that are wanted
     size_t m_nGot = 0;    // objects that the server sent, in all
+    size_t m_nAskedAfter = 0;    // of the question under way
+    bool m_bProbe = false;    // it is one
+    std::optional<BrowseAnswer> m_Held;    // an answer whose objects are not read yet
     unsigned long m_nMatches = 0;    // as the server said last
     std::string m_FirstId;    // of the page before
 };

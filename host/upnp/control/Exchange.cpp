@@ -27,11 +27,18 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
     GSource* timer = nullptr;
     size_t mostBytes = 0;
     OnDone onDone;    // empty: over
+    std::function<void()> onWritten;
     Answer answer;
 
     using Self = std::shared_ptr<State>;
 
-    ~State() { StopTimer(); }
+    ~State()
+    {
+        StopTimer();
+        if (message != nullptr) {
+            g_signal_handlers_disconnect_by_data(message.get(), this);
+        }
+    }
 
     void StopTimer()
     {
@@ -114,6 +121,25 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
         g_clear_pointer(&bytes, g_bytes_unref);
         g_clear_error(&error);
     }
+    // Called from inside the library's sending, so what it means is left to the loop.
+    static void OnWritten(SoupMessage*, gpointer self)
+    {
+        GSource* const soon = g_idle_source_new();
+        g_source_set_priority(soon, G_PRIORITY_DEFAULT);
+        g_source_set_callback(
+            soon,
+            [](gpointer held) {
+                State& state = **static_cast<Self*>(held);
+                if (state.onDone && state.onWritten) {
+                    const std::function<void()> written = std::exchange(state.onWritten, nullptr);
+                    written();
+                }
+                return static_cast<gboolean>(G_SOURCE_REMOVE);
+            },
+            new Self(static_cast<State*>(self)->shared_from_this()), [](gpointer held) { delete static_cast<Self*>(held); });
+        g_source_attach(soon, g_main_context_get_thread_default());
+        g_source_unref(soon);
+    }
     static gboolean OnTime(gpointer self)
     {
         const Self state = static_cast<State*>(self)->shared_from_this();
@@ -122,11 +148,12 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
     }
 };
 
-Exchange::Exchange(SoupSession* session, const Question& question, OnDone onDone)
+Exchange::Exchange(SoupSession* session, Question question, OnDone onDone)
     : m_pState(std::make_shared<State>())
 {
     State& state = *m_pState;
     state.onDone = std::move(onDone);
+    state.onWritten = std::move(question.onWritten);
     state.mostBytes = question.mostBytes;
     state.timer = g_timeout_source_new_seconds(question.mostSeconds);
     state.message.reset(soup_message_new(question.soapAction.empty() ? "GET" : "POST", question.url.c_str()));
@@ -138,6 +165,9 @@ Exchange::Exchange(SoupSession* session, const Question& question, OnDone onDone
     }
     if (good) {
         soup_message_add_flags(state.message.get(), SOUP_MESSAGE_NO_REDIRECT);
+        if (state.onWritten) {
+            g_signal_connect(state.message.get(), "wrote-body", G_CALLBACK(&State::OnWritten), &state);
+        }
         soup_session_send_async(session, state.message.get(), G_PRIORITY_DEFAULT, state.cancel.get(), &State::OnSent, new State::Self(m_pState));
     } else {
         g_source_set_ready_time(state.timer, 0);

@@ -37,10 +37,11 @@ public:
         std::string body;
         size_t mostBytes = 0;
         unsigned mostSeconds = 0;    // for all of it
+        std::function<void()> onWritten;    // the server has the question; may destroy the exchange
     };
     using OnDone = std::function<void(Answer)>;
 
-    Exchange(SoupSession* session, const Question& question, OnDone onDone);
+    Exchange(SoupSession* session, Question question, OnDone onDone);
     ~Exchange();
     Exchange(const Exchange&) = delete;
     Exchange& operator=(const Exchange&) = delete;

@@ -167,7 +167,7 @@ void ServerDirectory::OnServerGone(GSSDPResourceBrowser* browser, const char* us
 void ServerDirectory::Fetch(Server& server)
 {
     const std::string key = PlainUuid(server.uuid);
-    server.fetching = std::make_unique<Exchange>(m_pSession, Exchange::Question {server.location, {}, {}, kMostDescription, kDescriptionSeconds},
+    server.fetching = std::make_unique<Exchange>(m_pSession, Exchange::Question {server.location, {}, {}, kMostDescription, kDescriptionSeconds, {}},
         [this, key](const Exchange::Answer& answer) { TakeDescription(key, answer); });
 }
 
