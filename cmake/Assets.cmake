@@ -22,4 +22,15 @@ foreach(svg ${asset_svgs})
     VERBATIM)
   list(APPEND asset_outputs ${png} ${fine})
 endforeach()
+# The colours of each theme.
+file(GLOB_RECURSE asset_configurations CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/assets/Themes/theme.cfg ${CMAKE_SOURCE_DIR}/assets/graphics/theme.cfg)
+foreach(configuration ${asset_configurations})
+  file(RELATIVE_PATH relative ${CMAKE_SOURCE_DIR}/assets ${configuration})
+  add_custom_command(
+    OUTPUT ${CMAKE_BINARY_DIR}/${relative}
+    COMMAND ${CMAKE_COMMAND} -E copy ${configuration} ${CMAKE_BINARY_DIR}/${relative}
+    DEPENDS ${configuration}
+    VERBATIM)
+  list(APPEND asset_outputs ${CMAKE_BINARY_DIR}/${relative})
+endforeach()
 add_custom_target(nuvid_assets DEPENDS ${asset_outputs})

@@ -13,9 +13,12 @@ constexpr int kNarrowestColumn = 20;    // a narrower one is hidden
 constexpr int kRowInset = 12;    // of what stands in a row
 constexpr int kMessageSize = 28;
 constexpr int kMessageMargin = 24;
-constexpr int kBarInset = 5;    // from the panel's right edge
+constexpr int kBar = 6;    // width, in the padding at the right
+constexpr int kBarInset = 10;    // from the panel's right edge
 constexpr int kShortestThumb = 36;
-constexpr int kMarkSize = 12;
+constexpr double kPictureRight = 0.91;    // of an icon: its margin stays free
+constexpr double kPictureBottom = 0.81;
+constexpr int kMarkRimWidth = 2;
 constexpr size_t kMostTrimmed = 128;
 constexpr CascadeColor kMarkRim = 0x00000090;
 constexpr int kUnfocusedLine = 2;
@@ -52,7 +55,7 @@ void EListView::OnPaint(CascadeBitmap& bitmap)
     LayOut();
     PaintPanel(bitmap);
     const CascadeRect rows = RowsRect();
-    const int height = kListLooks[m_nMode].rowHeight;
+    const int height = rows.height / m_Scroll.PageRows();
     CascadeRect row = {rows.left, rows.top, rows.width, height};
     const int end = std::min(m_Scroll.Top() + m_Scroll.PageRows(), GetItemCount());
     for (int item = m_Scroll.Top(); item < end; ++item) {
@@ -90,14 +93,16 @@ void EListView::PaintRow(CascadeBitmap& bitmap, int item, const CascadeRect& row
     PaintName(bitmap, item, {left, row.top, right - left, row.height}, selected, focused);
 }
 
-// A dot at the icon's corner.
+// A dot at the corner of what the icon shows.
 void EListView::PaintMark(CascadeBitmap& bitmap, const CascadeRect& icon, bool focused) const
 {
-    CascadeRect dot = {icon.Right() - kMarkSize + 3, icon.Bottom() - kMarkSize + 3, kMarkSize, kMarkSize};
+    const int size = kListLooks[m_nMode].mark;
+    const CascadeRect dot = {icon.left + static_cast<int>(icon.width * kPictureRight) - size / 2,
+        icon.top + static_cast<int>(icon.height * kPictureBottom) - size / 2, size, size};
     CascadeRect rim = dot;
-    rim.InsetRect(-2, -2);
+    rim.InsetRect(-kMarkRimWidth, -kMarkRimWidth);
     bitmap.FillRoundedRect(rim, rim.width / 2, kMarkRim);
-    bitmap.FillRoundedRect(dot, kMarkSize / 2, focused ? m_Palette.onAccent : m_Palette.accent);
+    bitmap.FillRoundedRect(dot, size / 2, focused ? m_Palette.onAccent : m_Palette.accent);
 }
 
 int EListView::PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& row, bool focused) const
@@ -168,10 +173,10 @@ void EListView::PaintMessage(CascadeBitmap& bitmap, const CascadeRect& room) con
 void EListView::PaintScrollBar(CascadeBitmap& bitmap) const
 {
     const CascadeRect rows = RowsRect();
-    const CascadeRect groove = {GetRect().Right() - kBarInset - kListBar, rows.top + kListPadding / 2, kListBar, rows.height - kListPadding};
+    const CascadeRect groove = {GetRect().Right() - kBarInset - kBar, rows.top + kListPadding / 2, kBar, rows.height - kListPadding};
     const ListScroll::Thumb thumb = m_Scroll.ThumbIn(groove.height, kShortestThumb);
     if (thumb.length > 0) {
-        bitmap.FillRoundedRect(groove, kListBar / 2, m_Palette.key);
-        bitmap.FillRoundedRect({groove.left, groove.top + thumb.start, kListBar, thumb.length}, kListBar / 2, m_Palette.accent);
+        bitmap.FillRoundedRect(groove, kBar / 2, m_Palette.key);
+        bitmap.FillRoundedRect({groove.left, groove.top + thumb.start, kBar, thumb.length}, kBar / 2, m_Palette.accent);
     }
 }
