@@ -11,15 +11,35 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
 
+#include "browser/BackgroundJob.h"
+#include "browser/BrowserDetail.h"
+#include "browser/EInfoWindow.h"
+#include "browser/FolderConfig.h"
+#include "browser/FolderScan.h"
+#include "browser/ItemDetail.h"
+#include "browser/LabelWindow.h"
+#include "browser/PlayLookup.h"
+#include "browser/TitleSetChoice.h"
 #include "platform/CascadeArrays.h"
 #include "platform/CascadeDirBrowser.h"
 #include "platform/CascadeString.h"
 #include "platform/CascadeTimer.h"
 #include "platform/CascadeWindow.h"
 #include "sources/FileInfo.h"
+#include "widgets/EKeyboardWindow.h"
+#include "widgets/EListView.h"
+#include "widgets/EPalette.h"
+#include "widgets/EWaitWindow.h"
 
-class EFileBrowser : public CascadeWindow, public CascadeTimer {
+class EFileBrowser : public CascadeWindow,
+                     public CascadeTimer,
+                     private EKeyboardWindow::Client,
+                     private EInfoWindow::Client,
+                     private TitleSetChoice::Client {
 public:
     using FileInfo = ::FileInfo;
 
@@ -40,7 +60,7 @@ public:
 
     using Callback = void (*)(const FileInfo& info, CallbackReason reason, void* context);
 
-    EFileBrowser();
+    explicit EFileBrowser(FolderReader reader = ReadFolder);
     ~EFileBrowser() override;
 
     // Before BrowseDirectory. Folders end in "/".
@@ -53,7 +73,6 @@ public:
     void SetTitleSetThreshold(uint32_t bytes);    // of several larger title sets the viewer picks one; 0: the largest is taken
     void SetIconMode(int mode);    // of every folder that does not say otherwise
     void SetBackEntry(bool show);    // the top folder begins with an entry that leaves the browser
-    void SetFontSize(int points);    // of the list
     void SetFilterLabel(const char* label);    // in place of the label that each filter has
 
     // Starts on the whole screen; always true. `startFolder` may be a media server's: "upnp:" and its UUID, then
@@ -80,4 +99,170 @@ public:
     bool OnKeyUp(unsigned long key) override;
     bool OnText(const char* utf8) override;
     void OnTimer(unsigned long id) override;
+
+private:
+    friend struct BrowserKeys;
+
+    // Everywhere but in kListed the keys do nothing but leave.
+    enum class Phase { kClosed, kOpening, kWaiting, kScanning, kAskingPassword, kListed };
+
+    enum class ItemKind : uint8_t { kLeave, kParent, kFolder, kFile, kDevice, kText };
+    struct ItemFacts {
+        uint64_t totalSize = 0;    // of a recording's files together
+        uint32_t parts = 1;
+        ItemKind kind = ItemKind::kText;
+    };
+
+    // What belongs to the folder on the screen, kept so that a folder which does not answer can be left for it.
+    struct Place {
+        CascadeString folder;    // ends in "/"
+        CascadeString previous;    // shown before it
+        CascadeString pattern;
+        int filter = kFilterAll;
+        int iconMode = kIconsSmall;
+    };
+
+    // Entering and scanning (EFileBrowserScan.cpp).
+    void OnConfigRead(const FolderConfig& config);
+    void StartScan();
+    void OnListing(FolderListing& listing);
+    void FollowVanishedFolder(const FolderListing& listing);
+    void FillList(const FolderListing& listing);
+    int AddItem(const char* name, const char* tag, const ItemFacts& facts);
+    void AddLeadingItems();
+    void AddEntry(const FolderEntry& entry);
+    void SetEmptyMessage(const FolderListing& listing);
+    int ChooseCursor();
+    int FindSelection(const CascadeString& tag) const;
+    void ShowTextLine(const char* text);
+    void ApplyIconMode();
+    void LeaveWait();
+    void CatalogDevices(const FolderListing& listing);
+    bool IsAtTop() const;
+
+    // Choosing (EFileBrowserChoose.cpp).
+    void EnterFolder(int item);
+    void GoUp();
+    void Choose(int item);
+    void OnLookup(PlayLookup& lookup);
+    void OfferTitleSets();
+    void ChooseDevice(int item);
+    void AskPassword();
+    void OnKeyboardText(const CascadeString& text) override;
+    void OnKeyboardCancelled() override;
+    void OnTitleSet(const FileInfo* chosen) override;
+    void OnInfoPlay() override;
+    void OnInfoDelete() override;
+    void ShowInfo(const ItemDetail& detail);
+    void Finish(CallbackReason reason, const FileInfo& result);
+    void FinishWithItem(CallbackReason reason, int item);
+    void FinishWithPath(const CascadeString& path, const CascadeString& location);
+
+    // Keys (EFileBrowserKeys.cpp); BrowserKeys.h says which key does what.
+    bool PerformKey(unsigned long key);
+    void OnUpKey() { MoveCursor(m_List.Step(-1)); }
+    void OnDownKey() { MoveCursor(m_List.Step(1)); }
+    void OnPageUpKey() { MoveCursor(m_List.Page(-1)); }
+    void OnPageDownKey() { MoveCursor(m_List.Page(1)); }
+    void OnLeftKey() { GoUp(); }
+    void OnRightKey();
+    void OnSelectKey();
+    void OnPlayKey() { OnSelectKey(); }
+    void OnInfoKey();
+    void OnFilterKey();
+    void OnViewKey();
+    void OnDeleteKey();
+    void OnExitKey();
+    void MoveCursor(bool moved);
+
+    // Detail pane and time (EFileBrowserDetail.cpp).
+    void StartCountdown(int& countdown, int ticks);
+    void WatchJobs();
+    void Tick();
+    void Poll();
+    void AskDetail();
+    void ShowDetail(const ItemDetail& detail);
+    void ShowParentDetail();
+    void ShowNotice(const char* text);
+    void ShowWait(const char* text);
+    void HideWait();
+    void AbandonJobs();
+
+    // Looks (EFileBrowserDraw.cpp).
+    void ShowPosition();
+    CascadeString PathText() const;
+    const char* FilterLabel() const;
+    void PaintHead(CascadeBitmap& bitmap) const;
+    void PaintHints(CascadeBitmap& bitmap) const;
+
+    int Selected() const { return m_List.GetSelectedIndex(); }
+    const ItemFacts* Facts(int item) const;
+    ItemKind KindOf(int item) const;
+
+    // As set by the client.
+    FolderReader m_Reader;
+    CascadeString m_GraphicsPath;
+    CascadeString m_IconPath;
+    CascadeString m_BrowseTitle;
+    CascadeString m_GivenFilterLabel;
+    CascadeString m_TopFolder;
+    CascadeString m_BrowseRoot;
+    CascadeString m_StartFolder;
+    CascadeDirBrowser::SelectableObjectType m_Selectable = CascadeDirBrowser::kFilesAndFolders;
+    int m_nDefaultFilter = kFilterAll;
+    int m_nDefaultIconMode = kIconsSmall;
+    uint32_t m_nMinFileSize = 0;
+    uint32_t m_nTitleSetThreshold = 0;
+    bool m_bDeletion = false;
+    bool m_bHideSize = false;
+    bool m_bBackEntry = false;
+    Callback m_pCallback = nullptr;
+    void* m_pContext = nullptr;
+
+    // Where the browser is.
+    Phase m_Phase = Phase::kClosed;
+    Place m_Place;    // being entered, or listed
+    std::optional<Place> m_Listed;    // what the list shows
+    FolderConfig m_Config;    // of m_Place
+    EInfoFile m_FolderInfo;    // of what the list shows
+    std::vector<ItemFacts> m_Facts;    // by item
+    CascadeString m_PendingSelection;    // tag to select after the next listing
+    CascadeString m_PendingDevice;    // UUID of the media server to select after the next listing
+    CallbackReason m_Reason = kNothingChosen;
+    FileInfo m_Result;
+
+    // Media servers: containers from a server's root down to the one shown, as name and identifier.
+    std::vector<std::pair<CascadeString, CascadeString>> m_BreadCrumbs;
+    CascadeString m_DeviceUUID;
+    CascadeString m_LastContainer;
+
+    // Work on the browsed disk.
+    BackgroundJob<FolderConfig> m_ConfigJob;
+    BackgroundJob<FolderListing> m_ScanJob;
+    BackgroundJob<ItemDetail> m_DetailJob;
+    BackgroundJob<ItemDetail> m_InfoJob;
+    BackgroundJob<PlayLookup> m_LookupJob;
+    std::optional<PlayLookup> m_Lookup;    // waits for a password or a title set
+    bool m_bDetailWanted = false;    // once the running detail job is done
+
+    // Time. Countdowns are in ticks; 0: not running.
+    uint32_t m_nTickTimer = 0;
+    uint32_t m_nPollTimer = 0;
+    bool m_bScanPhase = false;    // the next RescanFolder scans; before, it only shows the wait window
+    int m_nRescanCountdown = 0;
+    int m_nDetailCountdown = 0;
+    int m_nNoticeCountdown = 0;
+    int m_nPatience = 0;    // until a job that has not come back shows the wait window
+    CascadeString m_Typed;    // to jump to a name
+    uint32_t m_nTypedAt = 0;    // ms of uptime
+
+    EPalette m_Palette;
+    CascadeString m_Notice;
+    EListView m_List;
+    BrowserDetail m_Detail;
+    LabelWindow m_Position;
+    EWaitWindow m_Wait;
+    EKeyboardWindow m_Keyboard;
+    EInfoWindow m_InfoWindow;
+    TitleSetChoice m_TitleSets;
 };

@@ -70,6 +70,12 @@ CascadeString FindBeside(const CascadeString& base)
 
 CascadeString EInfoFile::GetAssociatedInfoFile(const char* path, CascadeString& title)
 {
+    bool ofParentFolder = false;
+    return Find(path, title, ofParentFolder);
+}
+
+CascadeString EInfoFile::Find(const char* path, CascadeString& title, bool& ofParentFolder)
+{
     const CascadeFile file(path);
     if (file.IsDirectory()) {
         title = file.GetName();
@@ -89,7 +95,8 @@ CascadeString EInfoFile::GetAssociatedInfoFile(const char* path, CascadeString& 
         // On purpose: a recording without notes of its own shows those of its folder, under the folder's name.
         const CascadeString parent = file.GetParentPath();
         found = parent.IsEmpty() ? CascadeString() : FindInFolder(parent);
-        if (!found.IsEmpty()) {
+        ofParentFolder = !found.IsEmpty();
+        if (ofParentFolder) {
             title = CascadeFSObject(parent).GetName();
         }
     }
@@ -107,7 +114,7 @@ void EInfoFile::ParseFile(const char* path)
     Reset();
     file = given;
     CascadeString displayTitle;
-    const CascadeString infoFile = GetAssociatedInfoFile(given, displayTitle);
+    const CascadeString infoFile = Find(given, displayTitle, m_bOfParentFolder);
     if (!infoFile.IsEmpty()) {
         ParseText(TextBytes::ReadTextFile(infoFile));
     }

@@ -25,6 +25,9 @@ public:
     void ParseText(const CascadeString& text);    // as TextBytes::Decode answers it
     void Reset();
 
+    // A recording had none of its own: all but `file` is its folder's.
+    bool IsOfParentFolder() const { return m_bOfParentFolder; }
+
     CascadeString title;
     CascadeString description;
     CascadeString genre;
@@ -34,4 +37,9 @@ public:
     CascadeString year;
     CascadeString actors;
     CascadeString file;    // as given to ParseFile
+
+private:
+    static CascadeString Find(const char* path, CascadeString& title, bool& ofParentFolder);
+
+    bool m_bOfParentFolder = false;
 };

@@ -1,0 +1,52 @@
+// The browser's right side: picture, name, facts and description of the item that the cursor stands on.
+//
+// Units:     logical pixels.
+// Errors:    what has no picture of its own shows the default one.
+// Threads:   the user-interface thread; pictures are decoded and made elsewhere.
+// Ownership: owns its picture widget, which comes and goes with it.
+#pragma once
+
+#include <vector>
+
+#include "platform/CascadeFont.h"
+#include "platform/CascadeThumbnail.h"
+#include "platform/CascadeWindow.h"
+#include "widgets/EJpegWidget.h"
+#include "widgets/EPalette.h"
+
+class BrowserDetail : public CascadeWindow, private CascadeThumbnails::Client {
+public:
+    struct Content {
+        CascadeString heading;
+        std::vector<CascadeString> facts;    // a line each
+        CascadeString text;
+        CascadeString picture;    // JPEG; empty: none
+        CascadeString thumbnailOf;    // without a picture: the recording to ask one of; empty: none
+    };
+
+    BrowserDetail();
+
+    void SetGraphicsPath(const char* folder);    // of the theme, with a trailing "/"
+    void SetDefaultThumbnail(const char* path) { m_DefaultPath = path; }
+    void Show(const Content& content);
+
+    void OnPaint(CascadeBitmap& bitmap) override;
+    void OnMaterialize() override;
+    void OnVanish() override;
+
+private:
+    void OnThumbnail(const char* path, const char* pictureFile) override;
+    void ShowPicture();
+    void PaintPicture(CascadeBitmap& bitmap) const;
+    int PaintLines(CascadeBitmap& bitmap, int top, const std::vector<CascadeString>& lines, const CascadeFont& font, CascadeColor color) const;
+    void PaintDescription(CascadeBitmap& bitmap, int top) const;
+
+    EPalette m_Palette;
+    Content m_Content;
+    CascadeString m_DefaultPath;
+    CascadeBitmap m_Default;
+    CascadeBitmap m_Thumbnail;    // empty: not there yet, or none
+    EJpegWidget m_Picture;
+    CascadeFont m_HeadingFont;
+    CascadeFont m_TextFont;
+};

@@ -1,0 +1,220 @@
+#include "browser/EFileBrowser.h"
+
+#include <algorithm>
+
+#include "browser/BrowserLayout.h"
+#include "platform/CascadeFile.h"
+
+namespace {
+
+constexpr const char* kColumns[] = {"Name", "Size", "Duration", "UUID", "Description"};
+constexpr const char* kDevicePrefix = "upnp:";
+constexpr size_t kDevicePrefixLength = 5;
+
+CascadeString WithSlash(CascadeString path)
+{
+    if (path.Right(1) != "/") {
+        path += '/';
+    }
+    return path;
+}
+
+bool IsHttp(const CascadeString& path)
+{
+    return path.Compare("http://", false, false, 7) == 0;
+}
+
+}    // namespace
+
+EFileBrowser::EFileBrowser(FolderReader reader)
+    : m_Reader(std::move(reader))
+{
+    SetTitle("File browser");
+    m_List.SetTitle("Browser list");
+    m_Position.SetTitle("Browser position");
+    m_Wait.SetTitle("Browser wait");
+    m_List.SetRect(BrowserLayout::kList);
+    m_Position.SetRect(BrowserLayout::kPosition);
+    m_Position.SetFont(CascadeFont("system", BrowserLayout::kTextSize));
+    for (const char* column : kColumns) {
+        m_List.AddColumn(column, 0);
+    }
+}
+
+EFileBrowser::~EFileBrowser()
+{
+    Dismiss();
+}
+
+void EFileBrowser::SetGraphicsPath(const char* themeFolder)
+{
+    m_GraphicsPath = themeFolder;
+    m_Palette = EPalette::Load(themeFolder);
+    m_List.SetGraphicsPath(themeFolder);
+    m_Detail.SetGraphicsPath(themeFolder);
+    m_Position.SetColor(m_Palette.text);
+    m_Wait.SetGraphicsPath(themeFolder);
+    m_Keyboard.SetGraphicsPath(themeFolder);
+    m_InfoWindow.SetGraphicsPath(themeFolder);
+    m_TitleSets.SetGraphicsPath(themeFolder);
+}
+
+void EFileBrowser::SetIconGraphicsPath(const char* commonFolder)
+{
+    m_IconPath = commonFolder;
+}
+
+void EFileBrowser::SetDefaultThumbnail(const char* path)
+{
+    m_Detail.SetDefaultThumbnail(path);
+}
+
+void EFileBrowser::SetDeletionAllowed(bool allowed)
+{
+    m_bDeletion = allowed;
+    m_InfoWindow.SetDeletionAllowed(allowed);
+}
+
+void EFileBrowser::SetHideSize(bool hide)
+{
+    m_bHideSize = hide;
+}
+
+void EFileBrowser::SetMinFileSize(uint32_t bytes)
+{
+    m_nMinFileSize = bytes;
+}
+
+void EFileBrowser::SetTitleSetThreshold(uint32_t bytes)
+{
+    m_nTitleSetThreshold = bytes;
+}
+
+void EFileBrowser::SetIconMode(int mode)
+{
+    m_nDefaultIconMode = mode;
+    m_Place.iconMode = mode;
+}
+
+void EFileBrowser::SetBackEntry(bool show)
+{
+    m_bBackEntry = show;
+}
+
+void EFileBrowser::SetFilterLabel(const char* label)
+{
+    m_GivenFilterLabel = label;
+}
+
+bool EFileBrowser::BrowseDirectory(const char* title, const char* startFolder, const char* topFolder, const char* browseRoot, FilterType filter,
+    CascadeDirBrowser::SelectableObjectType selectable, Callback callback, void* context)
+{
+    m_BrowseTitle = title;
+    m_BrowseRoot = WithSlash(browseRoot);
+    m_TopFolder = WithSlash(topFolder);
+    m_StartFolder = startFolder;
+    m_Place.folder = m_StartFolder;
+    m_Selectable = selectable;
+    m_nDefaultFilter = m_Place.filter = filter;
+    m_pCallback = callback;
+    m_pContext = context;
+    m_Reason = kNothingChosen;
+    m_Result = FileInfo();
+    m_BreadCrumbs.clear();
+    if (m_StartFolder.Compare(kDevicePrefix, false, false, kDevicePrefixLength) == 0) {
+        const CascadeTokenArray tokens(m_StartFolder, "^");
+        m_PendingDevice = tokens[0].From(kDevicePrefixLength);
+        for (size_t i = 1; i < tokens.GetSize(); ++i) {
+            const CascadeTokenArray pair(tokens[i], "~");
+            if (pair.GetSize() == 2) {
+                m_BreadCrumbs.emplace_back(pair[0], pair[1]);
+            }
+        }
+        m_Place.folder = m_TopFolder;
+    }
+    m_Place.folder = WithSlash(m_Place.folder);
+    SetRect(BrowserLayout::kScreen);
+    Materialize(kPlane2);
+    return true;
+}
+
+void EFileBrowser::SetSelectedFile(const char* path)
+{
+    const CascadeString wanted(path);
+    if (m_Phase == Phase::kClosed) {
+        m_PendingSelection = wanted;
+        return;
+    }
+    if (IsHttp(wanted)) {
+        MoveCursor(m_List.SetSelectedIndex(std::max(FindSelection(wanted), 0), true));
+        return;
+    }
+    m_PendingSelection = wanted;
+    SetCurrentFolder(CascadeFSObject(wanted).GetParentPath());
+}
+
+void EFileBrowser::OnMaterialize()
+{
+    TakeFocus();
+    m_List.Materialize(kPlane2);
+    m_Detail.Materialize(kPlane2);
+    m_Position.Materialize(kPlane2);
+    m_Phase = Phase::kListed;
+    if (!m_PendingSelection.IsEmpty() && !IsHttp(m_PendingSelection)) {
+        const CascadeString parent = WithSlash(CascadeFSObject(m_PendingSelection).GetParentPath());
+        // The top folder itself may be what is to be selected; it is never left upwards.
+        if (parent.Str().starts_with(m_TopFolder.Str())) {
+            m_Place.folder = parent;
+        }
+    }
+    const CascadeString first = m_Place.folder;
+    m_Place.folder.Empty();
+    SetCurrentFolder(first);
+}
+
+void EFileBrowser::Dismiss()
+{
+    m_pCallback = nullptr;
+    Vanish();
+}
+
+void EFileBrowser::Finish(CallbackReason reason, const FileInfo& result)
+{
+    m_Reason = reason;
+    m_Result = result;
+    Vanish();
+}
+
+void EFileBrowser::OnVanish()
+{
+    m_Phase = Phase::kClosed;
+    AbandonJobs();
+    for (uint32_t* timer : {&m_nTickTimer, &m_nPollTimer}) {
+        if (*timer != 0) {
+            KillTimer(*timer);
+            *timer = 0;
+        }
+    }
+    for (CascadeWindow* window : std::initializer_list<CascadeWindow*> {&m_TitleSets, &m_InfoWindow, &m_Keyboard, &m_Wait, &m_Position, &m_Detail, &m_List}) {
+        window->Vanish();
+    }
+    m_List.Clear(false);
+    m_Facts.clear();
+    m_Listed.reset();
+    // The last act: the client may open another browser, or a dialog.
+    const Callback callback = std::exchange(m_pCallback, nullptr);
+    if (callback != nullptr) {
+        callback(m_Result, m_Reason, m_pContext);
+    }
+}
+
+const EFileBrowser::ItemFacts* EFileBrowser::Facts(int item) const
+{
+    return item >= 0 && item < static_cast<int>(m_Facts.size()) ? &m_Facts[static_cast<size_t>(item)] : nullptr;
+}
+
+EFileBrowser::ItemKind EFileBrowser::KindOf(int item) const
+{
+    const ItemFacts* const facts = Facts(item);
+    return facts == nullptr ? ItemKind::kText : facts->kind;
+}

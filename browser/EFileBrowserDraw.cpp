@@ -1,0 +1,120 @@
+// What the browser paints itself: the ground, the head and the line of hints.
+#include <algorithm>
+
+#include "browser/BrowserKeys.h"
+#include "browser/BrowserLayout.h"
+#include "browser/EFileBrowser.h"
+#include "platform/CascadeFile.h"
+#include "widgets/EUtils.h"
+
+namespace {
+
+constexpr const char* kFilterLabels[] = {"Filter: All", "Filter: Sequence", "Filter: Sequence + Size", "Filter: Size"};
+constexpr const char* kStep = " \xE2\x80\xBA ";    // between two folders of the path
+constexpr CascadeColor kGroundTop = 0x060A14C8;
+constexpr CascadeColor kGroundBottom = 0x02040AE6;
+constexpr CascadeColor kShadowColor = 0x000000C0;
+constexpr int kShadow = 2;
+constexpr int kPillPadding = 16;
+constexpr int kCapPadding = 10;
+constexpr int kCapRadius = 8;
+constexpr int kHintGap = 8;
+constexpr int kHintSpace = 26;    // between two hints
+
+int Middle(const CascadeRect& box, int height)
+{
+    return box.top + (box.height - height) / 2;
+}
+
+}    // namespace
+
+void EFileBrowser::ShowPosition()
+{
+    const int count = m_List.GetItemCount();
+    m_Position.SetText(count == 0 ? CascadeString() : CascadeString::Format("%d of %d", Selected() + 1, count));
+}
+
+const char* EFileBrowser::FilterLabel() const
+{
+    if (!m_GivenFilterLabel.IsEmpty()) {
+        return m_GivenFilterLabel;
+    }
+    return m_Place.filter >= 0 && m_Place.filter < static_cast<int>(std::size(kFilterLabels)) ? kFilterLabels[m_Place.filter] : "";
+}
+
+// From the top folder down; the whole path for a folder outside of it.
+CascadeString EFileBrowser::PathText() const
+{
+    const std::string& folder = m_Place.folder.Str();
+    std::string text;
+    std::string rest = folder;
+    if (m_TopFolder.GetLength() > 1 && folder.starts_with(m_TopFolder.Str())) {
+        text = CascadeFSObject(m_TopFolder).GetName().Str();
+        rest = folder.substr(m_TopFolder.GetLength());
+    }
+    const CascadeTokenArray steps(rest.c_str(), "/");
+    for (size_t i = 0; i < steps.GetSize(); ++i) {
+        text += (text.empty() ? "" : kStep) + steps[i].Str();
+    }
+    return CascadeString(text.empty() ? "/" : text);
+}
+
+void EFileBrowser::OnPaint(CascadeBitmap& bitmap)
+{
+    bitmap.Fill(0);
+    bitmap.FillGradient(GetRect(), 0, kGroundTop, kGroundBottom, true);
+    PaintHead(bitmap);
+    PaintHints(bitmap);
+}
+
+void EFileBrowser::PaintHead(CascadeBitmap& bitmap) const
+{
+    const CascadeRect& head = BrowserLayout::kHead;
+    const CascadeFont titleFont("system", BrowserLayout::kTitleSize);
+    const CascadeFont pathFont("system", BrowserLayout::kPathSize);
+    const CascadeFont labelFont("system", BrowserLayout::kTextSize);
+
+    const char* const label = FilterLabel();
+    const CascadeDims labelExtent = labelFont.GetTextExtent(label);
+    CascadeRect pill {head.Right() - labelExtent.width - 2 * kPillPadding, head.top, labelExtent.width + 2 * kPillPadding, 40};
+    if (*label != '\0') {
+        bitmap.FillRoundedRect(pill, pill.height / 2, m_Palette.key);
+        bitmap.StrokeRoundedRect(pill, pill.height / 2, 2, m_Palette.rim);
+        bitmap.TextOut({pill.left + kPillPadding, Middle(pill, labelExtent.height)}, label, labelFont, m_Palette.text);
+    }
+    const CascadeString title = EUtils::TrimStringToWidth(m_BrowseTitle, pill.left - head.left - kHintSpace, titleFont, false);
+    EUtils::ShadowedTextOut(bitmap, {head.left, head.top - 2}, title, titleFont, m_Palette.text, kShadowColor, kShadow);
+    const CascadeString path = EUtils::TrimStringToWidth(PathText(), head.width, pathFont, true);
+    const int pathTop = head.Bottom() - pathFont.GetTextExtent("Tpgj").height - 4;
+    EUtils::ShadowedTextOut(bitmap, {head.left, pathTop}, path, pathFont, m_Palette.quiet, kShadowColor, kShadow);
+}
+
+void EFileBrowser::PaintHints(CascadeBitmap& bitmap) const
+{
+    const CascadeRect& line = BrowserLayout::kHints;
+    const CascadeFont font("system", BrowserLayout::kHintSize);
+    if (!m_Notice.IsEmpty()) {
+        const CascadeFont noticeFont("system", BrowserLayout::kTextSize);
+        const CascadeString shown = EUtils::TrimStringToWidth(m_Notice, line.width, noticeFont, false);
+        const int top = Middle(line, noticeFont.GetTextExtent(shown).height);
+        EUtils::ShadowedTextOut(bitmap, {line.left, top}, shown, noticeFont, m_Palette.accent, kShadowColor, kShadow);
+        return;
+    }
+    int x = line.left;
+    for (const BrowserKeys::Row& row : BrowserKeys::kRows) {
+        if (row.cap == nullptr || (row.key == Remote::kStop && !m_bDeletion)) {
+            continue;
+        }
+        const CascadeDims cap = font.GetTextExtent(row.cap);
+        const CascadeDims hint = font.GetTextExtent(row.hint);
+        const CascadeRect key {x, line.top + 2, cap.width + 2 * kCapPadding, line.height - 4};
+        if (key.Right() + kHintGap + hint.width > line.Right()) {
+            break;
+        }
+        bitmap.FillRoundedRect(key, kCapRadius, m_Palette.key);
+        bitmap.StrokeRoundedRect(key, kCapRadius, 1.5, m_Palette.rim);
+        bitmap.TextOut({key.left + kCapPadding, Middle(key, cap.height)}, row.cap, font, m_Palette.text);
+        bitmap.TextOut({key.Right() + kHintGap, Middle(line, hint.height)}, row.hint, font, m_Palette.quiet);
+        x = key.Right() + kHintGap + hint.width + kHintSpace;
+    }
+}

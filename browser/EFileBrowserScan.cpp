@@ -1,0 +1,317 @@
+// Entering folders and filling the list.
+#include <algorithm>
+#include <cstdio>
+
+#include "browser/BrowserLayout.h"
+#include "browser/EFileBrowser.h"
+#include "platform/CascadeFile.h"
+#include "platform/CascadeScreen.h"
+#include "widgets/EUtils.h"
+
+namespace {
+
+constexpr int kWaitTicks = 2;    // the wait window stands so long before a folder is read
+constexpr int kPatienceTicks = 3;    // before a folder that does not say whether it may be entered shows it
+constexpr int kDetailTicks = 5;
+
+constexpr const char* kFolderIcons[] = {"audio/listen-folder.png", "folder-large.png", "folder-extralarge.png"};
+constexpr const char* kParentIcons[] = {"audio/listen-folder-back.png", "folder-back-large.png", "folder-back-extralarge.png"};
+constexpr const char* kFileIcons[] = {"file.png", "file-large.png", "file-extralarge.png"};
+
+// The item that the cursor stood on when a browser closed last: when it is gone (deleted, say), the next browser
+// begins with what has taken its place.
+struct LastItem {
+    CascadeString tag;
+    int index = -1;
+};
+LastItem g_LastItem;
+
+CascadeString WithoutSlash(const CascadeString& folder)
+{
+    return folder.GetLength() > 1 && folder.Right(1) == "/" ? folder.Left(folder.GetLength() - 1) : folder;
+}
+
+}    // namespace
+
+bool EFileBrowser::IsAtTop() const
+{
+    return m_Place.folder == "/" || m_Place.folder == m_TopFolder;
+}
+
+void EFileBrowser::SetCurrentFolder(const char* path)
+{
+    const CascadeString given(path);
+    AbandonJobs();
+    HideWait();
+    m_Place.previous = m_Place.folder;
+    m_Place.folder = given.IsEmpty() || given.Compare("http://", false, false, 7) == 0 ? CascadeString("/") : given;
+    if (m_Place.folder.Right(1) != "/") {
+        m_Place.folder += '/';
+    }
+    m_Place.pattern.Empty();
+    m_Place.filter = m_nDefaultFilter;
+    m_Place.iconMode = m_nDefaultIconMode;
+    m_Config = FolderConfig();
+    m_bScanPhase = false;
+    m_Phase = Phase::kOpening;
+    StartCountdown(m_nPatience, kPatienceTicks);
+    Redraw();
+    if (m_ConfigJob.Start([folder = m_Place.folder](const JobStop&) { return FolderConfig::Read(folder); })) {
+        WatchJobs();
+    } else {
+        OnConfigRead({});
+    }
+}
+
+void EFileBrowser::OnConfigRead(const FolderConfig& config)
+{
+    m_nPatience = 0;
+    m_Config = config;
+    m_Place.pattern = config.pattern;
+    m_Place.filter = config.filter == FolderConfig::kNotSaid ? m_nDefaultFilter : config.filter;
+    m_Place.iconMode = config.iconMode == FolderConfig::kNotSaid ? m_nDefaultIconMode : config.iconMode;
+    if (config.password.IsEmpty()) {
+        RescanFolder();
+    } else {
+        HideWait();
+        AskPassword();
+    }
+}
+
+// First shows the wait window, and is called again by the timer to scan: what is slow is seen to be under way.
+void EFileBrowser::RescanFolder()
+{
+    if (!m_bScanPhase) {
+        AbandonJobs();
+        m_Phase = Phase::kWaiting;
+        ShowWait("Reading the folder...");
+        StartCountdown(m_nRescanCountdown, kWaitTicks);
+        return;
+    }
+    m_bScanPhase = false;
+    StartScan();
+}
+
+void EFileBrowser::StartScan()
+{
+    FolderScanRequest request;
+    request.folder = m_Place.folder;
+    request.filter = m_Place.filter;
+    request.minSize = m_nMinFileSize;
+    request.pattern = m_Place.pattern;
+    request.selectable = m_Selectable;
+    m_Phase = Phase::kScanning;
+    if (m_ScanJob.Start([reader = m_Reader, request](const JobStop& stop) { return reader(request, stop); })) {
+        WatchJobs();
+        return;
+    }
+    FolderListing nothing;
+    nothing.state = FolderListing::kUnreadable;
+    OnListing(nothing);
+}
+
+void EFileBrowser::OnListing(FolderListing& listing)
+{
+    if (listing.state == FolderListing::kGone && !IsAtTop()) {
+        FollowVanishedFolder(listing);
+        return;
+    }
+    m_Phase = Phase::kListed;
+    m_FolderInfo = std::move(listing.info);
+    FillList(listing);
+    m_Listed = m_Place;
+    if (m_List.GetItemCount() > 0) {
+        m_List.SetSelectedIndex(ChooseCursor(), true);
+        StartCountdown(m_nDetailCountdown, kDetailTicks);
+    }
+    m_Listed->previous = m_Place.previous;
+    m_PendingSelection.Empty();
+    ShowParentDetail();
+    CatalogDevices(listing);
+    HideWait();
+    ShowPosition();
+    Redraw();
+    m_List.Redraw();
+    m_List.StartIconLoading();
+}
+
+void EFileBrowser::FollowVanishedFolder(const FolderListing& listing)
+{
+    const bool within = listing.nearestParent.Str().starts_with(m_TopFolder.Str());
+    ShowNotice("That folder is no longer there.");
+    SetCurrentFolder(within ? listing.nearestParent : m_TopFolder);
+}
+
+void EFileBrowser::ApplyIconMode()
+{
+    static constexpr int kListModes[] = {EListView::kSmall, EListView::kSmall, EListView::kLarge, EListView::kExtraLarge};
+    const int mode = std::clamp(m_Place.iconMode, 0, static_cast<int>(std::size(kListModes)) - 1);
+    const bool sizes = mode != kIconsSmallNoSize && !m_bHideSize;
+    m_List.SetListMode(kListModes[mode]);
+    m_List.SetColumnWidth(m_List.GetColumn("Size"), sizes ? BrowserLayout::kSizeColumn : BrowserLayout::kSizeColumnHidden);
+}
+
+void EFileBrowser::FillList(const FolderListing& listing)
+{
+    m_List.Clear(false);
+    m_Facts.clear();
+    m_Facts.reserve(listing.entries.size() + 2);
+    ApplyIconMode();
+    AddLeadingItems();
+    const int leading = m_List.GetItemCount();
+    for (const FolderEntry& entry : listing.entries) {
+        AddEntry(entry);
+    }
+    if (m_List.GetItemCount() == leading) {
+        SetEmptyMessage(listing);
+    }
+}
+
+int EFileBrowser::AddItem(const char* name, const char* tag, const ItemFacts& facts)
+{
+    const int item = m_List.AddItem(name);
+    m_List.SetTag(item, tag);
+    const bool back = facts.kind == ItemKind::kParent || facts.kind == ItemKind::kLeave;
+    const auto& icons = back ? kParentIcons : (facts.kind == ItemKind::kFile ? kFileIcons : kFolderIcons);
+    // The small icons of folders are the platform's own.
+    const CascadeString small = facts.kind == ItemKind::kFile ? m_IconPath + icons[0] : CascadeString(CascadeGraphicsFolder()) + icons[0];
+    m_List.SetIcons(item, small, m_IconPath + icons[1], m_IconPath + icons[2]);
+    m_Facts.push_back(facts);
+    return item;
+}
+
+void EFileBrowser::AddLeadingItems()
+{
+    if (!IsAtTop()) {
+        const CascadeString parent = CascadeFSObject(m_Place.folder).GetParentPath();
+        if (!parent.IsEmpty()) {
+            AddItem("..", parent, {0, 1, ItemKind::kParent});
+        }
+    } else if (m_bBackEntry) {
+        AddItem("Back", "", {0, 1, ItemKind::kLeave});
+    }
+}
+
+void EFileBrowser::AddEntry(const FolderEntry& entry)
+{
+    if (entry.kind == FolderEntry::kDevice) {
+        const int item = AddItem(entry.name, "0", {0, 1, ItemKind::kDevice});
+        m_List.SetText(item, m_List.GetColumn("UUID"), entry.extra);
+        return;
+    }
+    const CascadeString path = m_Place.folder + entry.name;
+    if (entry.kind == FolderEntry::kFolder) {
+        AddItem(entry.name, path, {0, 1, ItemKind::kFolder});
+        return;
+    }
+    const int item = AddItem(entry.name, path, {entry.totalSize, entry.parts, ItemKind::kFile});
+    m_List.SetText(item, m_List.GetColumn("Size"), EUtils::GetFileSizeKBString(entry.size));
+    if (!entry.extra.IsEmpty()) {
+        m_List.SetThumbnail(item, m_Place.folder + entry.extra);
+    }
+    if (entry.hasSideFile) {
+        m_List.SetMark(item, true);
+    }
+}
+
+void EFileBrowser::SetEmptyMessage(const FolderListing& listing)
+{
+    if (listing.state == FolderListing::kUnreadable) {
+        m_List.SetMessage("This folder cannot be read.");
+    } else if (listing.state == FolderListing::kGone) {
+        m_List.SetMessage("This folder is no longer there.");
+    } else if (listing.hiddenFiles > 0) {
+        m_List.SetMessage(listing.hiddenFiles == 1 ? "The filter hides the one file here." :
+                                                     CascadeString::Format("The filter hides all %zu files here.", listing.hiddenFiles));
+    } else {
+        m_List.SetMessage("This folder is empty.");
+    }
+}
+
+int EFileBrowser::FindSelection(const CascadeString& tag) const
+{
+    const int found = m_List.FindTag(tag);
+    const size_t tilde = tag.Str().rfind('~');
+    // A title set of a DVD image stands for its image.
+    return found < 0 && tilde != std::string::npos ? m_List.FindTag(tag.Left(tilde)) : found;
+}
+
+int EFileBrowser::ChooseCursor()
+{
+    int found = -1;
+    if (!m_PendingSelection.IsEmpty()) {
+        found = FindSelection(m_PendingSelection);
+        if (found < 0 && m_PendingSelection == g_LastItem.tag) {
+            found = std::min(g_LastItem.index, m_List.GetItemCount() - 1);
+        }
+        m_PendingSelection.Empty();
+    } else if (!m_PendingDevice.IsEmpty()) {
+        found = m_List.FindText(m_List.GetColumn("UUID"), m_PendingDevice);
+        m_PendingDevice.Empty();
+    } else if (m_Place.folder.GetLength() < m_Place.previous.GetLength()) {
+        found = m_List.FindTag(WithoutSlash(m_Place.previous));
+        m_Place.previous = m_Place.folder;
+    }
+    return std::max(found, 0);
+}
+
+void EFileBrowser::ShowTextLine(const char* text)
+{
+    m_List.Clear(false);
+    m_Facts.clear();
+    AddItem(text, "", {0, 1, ItemKind::kText});
+    m_List.SetSelectedIndex(0, true);
+    m_Listed = m_Place;
+    m_FolderInfo = EInfoFile();
+    m_Phase = Phase::kListed;
+    ShowParentDetail();
+    ShowPosition();
+    m_List.Redraw();
+    Redraw();
+}
+
+// The viewer does not want to wait for a folder any longer. What it was to replace is still on the list.
+void EFileBrowser::LeaveWait()
+{
+    AbandonJobs();
+    HideWait();
+    m_PendingSelection.Empty();
+    if (m_Listed) {
+        m_Place = *m_Listed;
+        m_Phase = Phase::kListed;
+        Redraw();
+    } else if (m_Place.folder != m_TopFolder) {
+        m_PendingDevice.Empty();
+        SetCurrentFolder(m_TopFolder);
+    } else {
+        Finish(kNothingChosen, {});
+    }
+}
+
+void EFileBrowser::CatalogDevices(const FolderListing& listing)
+{
+    const bool start = m_Place.folder == m_StartFolder || m_Place.folder == m_StartFolder + "/";
+    if (!listing.holdsDevices && (m_Place.folder == m_TopFolder || start)) {
+        std::printf("should be cataloging...\n");
+    }
+}
+
+void EFileBrowser::FinishWithItem(CallbackReason reason, int item)
+{
+    FileInfo result;
+    const ItemKind kind = KindOf(item);
+    const bool named = kind == ItemKind::kFolder || kind == ItemKind::kFile;
+    result.path = named ? CascadeString(m_List.GetTag(item)) : m_Place.folder + "..";
+    result.location = result.path;
+    g_LastItem = {result.path, item};
+    Finish(reason, result);
+}
+
+void EFileBrowser::FinishWithPath(const CascadeString& path, const CascadeString& location)
+{
+    FileInfo result;
+    result.path = path;
+    result.location = location;
+    g_LastItem = {location, Selected()};
+    Finish(kPathSettled, result);
+}
