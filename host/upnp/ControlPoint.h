@@ -53,6 +53,7 @@ public:
     virtual void Run(const ControlPointEvents& events) = 0;
     virtual void Quit() = 0;
     virtual void Search() = 0;    // asks the networks anew, and looks whether the known servers still answer
+    virtual void SetWatched(bool watched) = 0;    // somebody looks at the servers: notice the dead ones soon
     virtual void Browse(BrowseOrder order) = 0;
     virtual void Cancel(unsigned long transaction) = 0;
 };

@@ -164,12 +164,17 @@ void UpnpService::Watch(void* key, OnServer onServer)
     const unsigned long number = ++m_nLast;
     m_Watchers[key] = {number, std::move(onServer), false};
     PostToUi([this, key, number] { TellKnown(key, number); });
-    Order([](ControlPoint& point) { point.Search(); });
+    Order([](ControlPoint& point) {
+        point.Search();
+        point.SetWatched(true);
+    });
 }
 
 void UpnpService::Unwatch(void* key)
 {
-    m_Watchers.erase(key);
+    if (m_Watchers.erase(key) != 0 && m_Watchers.empty()) {
+        Order([](ControlPoint& point) { point.SetWatched(false); });
+    }
 }
 
 void UpnpService::TellKnown(void* key, unsigned long watch)

@@ -49,6 +49,10 @@ public:
     {
         Post([this] { m_pServers->Search(); });
     }
+    void SetWatched(bool watched) override
+    {
+        Post([this, watched] { m_pServers->SetWatched(watched); });
+    }
     void Browse(BrowseOrder order) override
     {
         Post([this, order = std::move(order)] { Begin(order); });

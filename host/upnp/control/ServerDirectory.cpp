@@ -17,6 +17,7 @@ namespace {
 constexpr const char* kMediaServer = "urn:schemas-upnp-org:device:MediaServer:1";    // or a later version
 constexpr size_t kMostDescription = 256 * 1024;
 constexpr unsigned kDescriptionSeconds = 5;
+constexpr unsigned kWatchSeconds = 5;
 constexpr unsigned short kAnswerWithin = 1;    // seconds over which the servers spread their answers (MX)
 
 bool HasOtherNetworks()
@@ -75,6 +76,7 @@ ServerDirectory::ServerDirectory(SoupSession* session, std::function<void(Server
 
 ServerDirectory::~ServerDirectory()
 {
+    SetWatched(false);
     g_signal_handlers_disconnect_by_data(m_pManager.get(), this);
     for (const Network& network : m_Networks) {
         g_signal_handlers_disconnect_by_data(network.browser.get(), this);
@@ -200,13 +202,40 @@ void ServerDirectory::SetPresent(Server& server, bool present)
     }
 }
 
-void ServerDirectory::Search()
+// A server that died says nothing, and one that is back says nothing new.
+void ServerDirectory::Verify()
 {
     for (auto& [key, server] : m_Servers) {
         if (server.fetching == nullptr) {
             Fetch(server);
         }
     }
+}
+
+void ServerDirectory::SetWatched(bool watched)
+{
+    if (watched == (m_pWatching != nullptr)) {
+        return;
+    }
+    if (!watched) {
+        g_source_destroy(m_pWatching);
+        g_source_unref(std::exchange(m_pWatching, nullptr));
+        return;
+    }
+    m_pWatching = g_timeout_source_new_seconds(kWatchSeconds);
+    g_source_set_callback(
+        m_pWatching,
+        [](gpointer self) {
+            static_cast<ServerDirectory*>(self)->Verify();
+            return static_cast<gboolean>(G_SOURCE_CONTINUE);
+        },
+        this, nullptr);
+    g_source_attach(m_pWatching, g_main_context_get_thread_default());
+}
+
+void ServerDirectory::Search()
+{
+    Verify();
     for (const Network& network : m_Networks) {
         gssdp_resource_browser_rescan(network.browser.get());
     }

@@ -3,7 +3,8 @@
 //
 // Rules:     A network is an interface with an IPv4 address; loopback counts when there is no other, or when
 //            NUVID_UPNP_LOOPBACK is set. A server counts when its announcement, its description and its
-//            control URL all keep to AddressRule, and is the first of its UUID to be heard.
+//            control URL all keep to AddressRule. Announcements are not signed: whoever is in the network can
+//            take a server's place, but not send the player anywhere else.
 // Units:     limits below.
 // Errors:    none: what is not trusted, or does not answer, is not there.
 // Threads:   the control point's thread, whose main context is the thread's default.
@@ -33,6 +34,7 @@ public:
     ServerDirectory& operator=(const ServerDirectory&) = delete;
 
     void Search();
+    void SetWatched(bool watched);    // asks the known servers every few seconds whether they are there
     // Where the server is asked; null: it is not there (now). The UUID with or without "uuid:".
     const BrowseTarget* Find(const std::string& uuid) const;
     static std::string PlainUuid(const std::string& uuid);    // without "uuid:", in lower case
@@ -61,6 +63,7 @@ private:
     void Fetch(Server& server);
     void TakeDescription(const std::string& key, const Exchange::Answer& answer);
     void SetPresent(Server& server, bool present);
+    void Verify();
     const Network* NetworkOf(GSSDPResourceBrowser* browser) const;
 
     SoupSession* const m_pSession;
@@ -68,6 +71,7 @@ private:
     std::map<std::string, Server> m_Servers;    // by plain UUID
     std::vector<Network> m_Networks;
     Owned<GUPnPContextManager> m_pManager;
+    GSource* m_pWatching = nullptr;
 };
 
 }    // namespace host
