@@ -37,7 +37,7 @@ size_t AnnouncedLength(unsigned char lead)
 unsigned long long EUtils::GetFileSize(const char* path)
 {
     struct stat status = {};
-    if (stat(OrEmpty(path), &status) == 0) {
+    if (CascadeFSObject::IsAwake(path) && stat(OrEmpty(path), &status) == 0) {
         return static_cast<unsigned long long>(status.st_size);
     }
     CascadeFileStream stream;

@@ -81,8 +81,10 @@ bool ListScroll::Page(int pages)
         return false;
     }
     const int64_t rows = int64_t {pages} * m_nPage;
+    const int64_t wanted = std::max(m_nSelected, 0) + rows;
+    const int index = static_cast<int>(std::clamp<int64_t>(wanted, 0, m_nCount - 1));
     SetTop(static_cast<int>(std::clamp<int64_t>(m_nTop + rows, 0, LastTop())));
-    return Move(static_cast<int>(std::clamp<int64_t>(rows, -m_nCount, m_nCount)));
+    return Select(index, !IsVisible(index));
 }
 
 ListScroll::Thumb ListScroll::ThumbIn(int length, int shortest) const
