@@ -31,7 +31,7 @@ void ListScroll::SetPage(int rows)
     const bool wasVisible = IsVisible(m_nSelected);
     m_nPage = std::max(1, rows);
     SetTop(m_nTop);
-    if (wasVisible) {
+    if (wasVisible && !IsVisible(m_nSelected)) {
         ShowSelected();
     }
 }
