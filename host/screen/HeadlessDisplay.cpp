@@ -30,9 +30,9 @@ void WakeEvent::Set()
     [[maybe_unused]] const ssize_t written = write(m_Fd, &one, sizeof one);
 }
 
-bool WakeEvent::Wait(host::Clock::time_point until)
+bool WakeEvent::Wait(host::Clock::time_point until, int other)
 {
-    pollfd waiting {m_Fd, POLLIN, 0};
+    pollfd waiting[2] {{m_Fd, POLLIN, 0}, {other, POLLIN, 0}};
     timespec rest {};
     const bool endless = until == host::Clock::time_point::max();
     if (!endless) {
@@ -40,7 +40,7 @@ bool WakeEvent::Wait(host::Clock::time_point until)
         rest.tv_sec = time_t(left.count() / 1'000'000'000);
         rest.tv_nsec = long(left.count() % 1'000'000'000);
     }
-    if (ppoll(&waiting, 1, endless ? nullptr : &rest, nullptr) <= 0) {
+    if (ppoll(waiting, 2, endless ? nullptr : &rest, nullptr) <= 0 || waiting[0].revents == 0) {
         return false;
     }
     uint64_t count = 0;

@@ -20,6 +20,9 @@ namespace {
 constexpr auto kKeepPicture = std::chrono::milliseconds(500);
 // Presenting may be slow on a large output; a picture is never asked for earlier than this.
 constexpr Clock::duration kLongestLead = std::chrono::milliseconds(25);
+// While pictures come, a layer that changes waits for the next one, so that what lies below it is not drawn twice.
+constexpr Clock::duration kNextPictureSoon = std::chrono::milliseconds(50);
+constexpr Clock::duration kPicturesCome = std::chrono::milliseconds(100);    // since the last one
 // A source that names a time in the past while nothing is due is not asked in a circle.
 constexpr Clock::duration kShortestRest = std::chrono::milliseconds(1);
 
@@ -127,7 +130,7 @@ Clock::time_point Screen::Turn()
     }
     Changes changes = m_Pending;
     m_Pending = {};
-    changes.overlay = WindowStack::Instance().Paint(m_Output);
+    changes.overlay.Unite(WindowStack::Instance().Paint(m_Output));
 
     const Clock::time_point asked = Clock::now();
     Clock::time_point next;
@@ -150,6 +153,7 @@ Clock::time_point Screen::Turn()
 void Screen::OnPicturePresented(Clock::time_point asked)
 {
     const Clock::time_point now = Clock::now();
+    m_PresentedAt = now;
     ++m_nPresented;
     if (m_nFirstFrameMs < 0) {
         m_nFirstFrameMs = MillisecondsSinceProcessStart();

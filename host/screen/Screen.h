@@ -56,6 +56,7 @@ private:
     VideoGeometry m_Geometry;
     Changes m_Pending;
     host::Clock::time_point m_NextPicture;
+    host::Clock::time_point m_PresentedAt {};    // the last picture
     host::Clock::time_point m_SourceGone;    // max(): there is one, or nothing is shown
     host::Clock::duration m_Lead {};    // from asking for a picture to its being seen
     unsigned long m_nTurns = 0;

@@ -94,7 +94,7 @@ bool SdlDisplay::StartVideo(std::string& error)
         return false;
     }
     m_bX11 = std::strcmp(driver, "x11") == 0;
-    m_bWaitsForEvents = m_bX11 || std::strcmp(driver, "wayland") == 0;
+    m_bSleepsInSdl = m_bX11 || std::strcmp(driver, "wayland") == 0;
     if (m_bX11) {
         IgnoreX11Errors();
         SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");    // window surfaces go to the server, not through GL
@@ -124,6 +124,7 @@ bool SdlDisplay::OpenWindow(const host::HostOptions& options, std::string& error
         SDL_SetWindowInputFocus(m_pWindow);    // nobody else gives it
     }
     SDL_ShowCursor(SDL_DISABLE);
+    m_nX11Connection = m_bX11 ? X11Connection(m_pWindow) : -1;
     return true;
 }
 
@@ -152,6 +153,9 @@ bool SdlDisplay::ChoosePresenter()
     const bool refused = wanted != nullptr && std::strcmp(wanted, "surface") == 0;
     if (!refused && (forced || HasGraphicsProcessor())) {
         m_pPresenter = MakeTexturePresenter(m_pWindow, forced);
+    }
+    if (m_pPresenter == nullptr) {
+        m_pPresenter = MakeX11Presenter(m_pWindow);
     }
     if (m_pPresenter == nullptr) {
         m_pPresenter = MakeWindowSurfacePresenter(m_pWindow);
@@ -212,7 +216,7 @@ void SdlDisplay::LetScreenSleep(bool allowed)
 
 void SdlDisplay::Wake()
 {
-    if (!m_bWaitsForEvents) {
+    if (!m_bSleepsInSdl || m_nX11Connection >= 0) {
         m_Wake.Set();
         return;
     }
@@ -227,7 +231,15 @@ void SdlDisplay::Wake()
 
 void SdlDisplay::Wait(Clock::time_point until)
 {
-    if (!m_bWaitsForEvents) {
+    if (m_nX11Connection >= 0) {
+        // SDL would count whole milliseconds, and be woken by way of the server.
+        SDL_PumpEvents();
+        if (SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT) == SDL_FALSE) {
+            m_Wake.Wait(until, m_nX11Connection);
+        }
+        return;
+    }
+    if (!m_bSleepsInSdl) {
         SDL_PumpEvents();
         while (SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT) == SDL_FALSE && Clock::now() < until) {
             if (m_Wake.Wait(std::min(until, Clock::now() + kAskForKeys))) {

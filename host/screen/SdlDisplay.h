@@ -40,7 +40,8 @@ private:
 
     bool m_bVideo = false;
     bool m_bX11 = false;
-    bool m_bWaitsForEvents = false;    // SDL can sleep on this driver; otherwise it has to be asked now and then
+    bool m_bSleepsInSdl = false;    // SDL can sleep on this driver; otherwise it has to be asked now and then
+    int m_nX11Connection = -1;    // slept on by ourselves
     bool m_bWindowed = false;
     SDL_Window* m_pWindow = nullptr;
     Uint32 m_nWakeType = 0;

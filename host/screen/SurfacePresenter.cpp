@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "host/screen/LayerBlend.h"
+
 namespace screen {
 namespace {
 
@@ -41,25 +43,12 @@ void Blacken(const SurfaceTarget::Pixels& pixels, const std::vector<CascadeRect>
     }
 }
 
-void BlendLayers(const SurfaceTarget::Pixels& pixels, const std::vector<const Layer*>& layers, const RegionPtr& damage)
+void BlendLayers(const SurfaceTarget::Pixels& pixels, const std::vector<const Layer*>& layers, const std::vector<CascadeRect>& damage)
 {
-    CairoPtr cairo;
     for (const Layer* const layer : layers) {
-        const cairo_rectangle_int_t box = ToCairo(layer->box);
-        if (cairo_region_contains_rectangle(damage.get(), &box) == CAIRO_REGION_OVERLAP_OUT) {
-            continue;
+        for (const CascadeRect& area : damage) {
+            BlendLayer(pixels.data, pixels.stride, *layer, area);
         }
-        if (cairo == nullptr) {
-            const SurfacePtr surface(
-                cairo_image_surface_create_for_data(pixels.data, CAIRO_FORMAT_RGB24, pixels.dims.width, pixels.dims.height, pixels.stride));
-            cairo.reset(cairo_create(surface.get()));
-            for (const CascadeRect& area : Rectangles(damage)) {
-                cairo_rectangle(cairo.get(), area.left, area.top, area.width, area.height);
-            }
-            cairo_clip(cairo.get());
-        }
-        cairo_set_source_surface(cairo.get(), layer->pixels.get(), layer->box.left, layer->box.top);
-        cairo_paint(cairo.get());
     }
 }
 
@@ -128,10 +117,10 @@ bool SurfacePresenter::Present(const Scene& scene, const Changes& changes)
         }
     }
     Blacken(pixels, Rectangles(black));
-    if (scene.layers != nullptr) {
-        BlendLayers(pixels, *scene.layers, damage);
-    }
     const std::vector<CascadeRect> areas = Rectangles(damage);
+    if (scene.layers != nullptr) {
+        BlendLayers(pixels, *scene.layers, areas);
+    }
     return areas.empty() || m_pTarget->Show(areas);
 }
 

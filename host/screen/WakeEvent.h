@@ -15,7 +15,8 @@ public:
     WakeEvent& operator=(const WakeEvent&) = delete;
 
     void Set();
-    bool Wait(host::Clock::time_point until);    // true: set, and now cleared
+    // True: set, and now cleared. Also ends when there is something to read from `other`.
+    bool Wait(host::Clock::time_point until, int other = -1);
 
 private:
     int m_Fd = -1;

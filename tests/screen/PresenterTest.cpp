@@ -1,7 +1,11 @@
 // What the surface presenter leaves standing after many small changes is what drawing everything anew gives.
+#include "host/screen/LayerBlend.h"
 #include "host/screen/SurfacePresenter.h"
 
+#include <cmath>
+#include <algorithm>
 #include <cstring>
+#include <functional>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -131,4 +135,32 @@ TEST_F(PresenterTest, OnlyWhatChangedIsShown)
     const int shows = target->shows;
     presenter->Present(scene, {});
     EXPECT_EQ(shows, target->shows);
+}
+
+TEST_F(PresenterTest, ALayerIsLaidOverWhateverItsWidth)
+{
+    std::mt19937 random(3);
+    for (int count = 0; count < 40; ++count) {
+        std::vector<uint32_t> from(size_t(count), 0);
+        for (int x = 0; x < count; ++x) {
+            const uint32_t alphas[] = {0, 255, 0, 255, uint32_t(random() % 256)};
+            const uint32_t alpha = alphas[x / 8 % 2 == 0 ? random() % 5 : size_t(count) % 5];    // whole runs of one kind too
+            from[size_t(x)] = alpha << 24;
+            for (const int shift : {0, 8, 16}) {
+                from[size_t(x)] |= uint32_t(random() % (alpha + 1)) << shift;
+            }
+        }
+        std::vector<uint32_t> below(size_t(count) + 1);
+        std::generate(below.begin(), below.end(), std::ref(random));
+        std::vector<uint32_t> to = below;
+        BlendRow(to.data(), from.data(), count);
+        for (int x = 0; x < count; ++x) {
+            for (const int shift : {0, 8, 16}) {
+                const auto channel = [shift](uint32_t pixel) { return int(pixel >> shift & 0xFF); };
+                const double rest = 255 - int(from[size_t(x)] >> 24);
+                EXPECT_EQ(channel(to[size_t(x)]), channel(from[size_t(x)]) + int(std::lround(channel(below[size_t(x)]) * rest / 255))) << count << " " << x;
+            }
+        }
+        EXPECT_EQ(to.back(), below.back());
+    }
 }

@@ -1,0 +1,80 @@
+#include "host/screen/LayerBlend.h"
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+namespace screen {
+namespace {
+
+// Porter and Duff's "over" for premultiplied colours; two channels at a time, each with a byte of room. A product
+// is divided by 255 with rounding.
+uint32_t Over(uint32_t from, uint32_t to)
+{
+    const uint32_t rest = 255 - (from >> 24);
+    const auto scaled = [rest](uint32_t pair) {
+        const uint32_t product = pair * rest + 0x00800080;
+        return (product + (product >> 8 & 0x00FF00FF)) >> 8 & 0x00FF00FF;
+    };
+    return from + (scaled(to & 0x00FF00FF) | scaled(to >> 8 & 0x00FF00FF) << 8);
+}
+
+#if defined(__x86_64__)
+// Eight pixels at a time; how many were done.
+__attribute__((target("avx2"))) int BlendEights(uint32_t* to, const uint32_t* from, int count)
+{
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i opaque = _mm256_set1_epi32(int(0xFF000000U));
+    const __m256i half = _mm256_set1_epi16(128);
+    const __m256i alphas = _mm256_setr_epi8(3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15, 3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15);
+    int done = 0;
+    for (; done + 8 <= count; done += 8) {
+        const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + done));
+        auto* const at = reinterpret_cast<__m256i*>(to + done);
+        if (_mm256_testz_si256(source, source) != 0) {
+            continue;
+        }
+        if (_mm256_testc_si256(source, opaque) != 0) {
+            _mm256_storeu_si256(at, source);
+            continue;
+        }
+        const __m256i below = _mm256_loadu_si256(at);
+        const __m256i rest = _mm256_xor_si256(_mm256_shuffle_epi8(source, alphas), _mm256_set1_epi8(-1));
+        __m256i low = _mm256_add_epi16(_mm256_mullo_epi16(_mm256_unpacklo_epi8(below, zero), _mm256_unpacklo_epi8(rest, zero)), half);
+        __m256i high = _mm256_add_epi16(_mm256_mullo_epi16(_mm256_unpackhi_epi8(below, zero), _mm256_unpackhi_epi8(rest, zero)), half);
+        low = _mm256_srli_epi16(_mm256_add_epi16(low, _mm256_srli_epi16(low, 8)), 8);
+        high = _mm256_srli_epi16(_mm256_add_epi16(high, _mm256_srli_epi16(high, 8)), 8);
+        _mm256_storeu_si256(at, _mm256_add_epi8(source, _mm256_packus_epi16(low, high)));
+    }
+    return done;
+}
+#endif
+
+}    // namespace
+
+void BlendRow(uint32_t* to, const uint32_t* from, int count)
+{
+    int x = 0;
+#if defined(__x86_64__)
+    static const bool wide = __builtin_cpu_supports("avx2") != 0;
+    x = wide ? BlendEights(to, from, count) : 0;
+#endif
+    for (; x < count; ++x) {
+        to[x] = from[x] == 0 ? to[x] : Over(from[x], to[x]);
+    }
+}
+
+void BlendLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect area)
+{
+    area.Intersect(layer.box);
+    cairo_surface_t* const surface = layer.pixels.get();
+    cairo_surface_flush(surface);
+    const unsigned char* const data = cairo_image_surface_get_data(surface);
+    const std::ptrdiff_t dataStride = cairo_image_surface_get_stride(surface);
+    for (int y = area.top; y < area.Bottom(); ++y) {
+        BlendRow(reinterpret_cast<uint32_t*>(pixels + std::ptrdiff_t(y) * stride) + area.left,
+            reinterpret_cast<const uint32_t*>(data + (y - layer.box.top) * dataStride) + (area.left - layer.box.left), area.width);
+    }
+}
+
+}    // namespace screen
