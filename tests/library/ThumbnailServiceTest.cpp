@@ -16,9 +16,21 @@
 
 using namespace std::chrono_literals;
 
-// No application object is there, so nothing is ever put off.
+// As much of the application as puts answers off; the test runs what was put off.
 CascadeApp* CascadeApp::s_pTheApp = nullptr;
-void CascadeApp::PostAfterWait(std::function<void()>) {}
+CascadeApp::CascadeApp()
+{
+    s_pTheApp = this;
+}
+CascadeApp::~CascadeApp()
+{
+    s_pTheApp = nullptr;
+}
+static std::function<void()> g_AfterWait;
+void CascadeApp::PostAfterWait(std::function<void()> action)
+{
+    g_AfterWait = std::move(action);
+}
 
 namespace {
 
@@ -115,6 +127,20 @@ TEST_F(ThumbnailServiceTest, AnswersNobodyWhoCancelledOrIsGone)
     EXPECT_TRUE(cancelled.answers.empty());
     CascadeThumbnails::Request(kFilm.c_str(), cancelled);
     WaitFor([&] { return cancelled.answers.size() == 1; });
+}
+
+TEST_F(ThumbnailServiceTest, IsPutOffWhileACallWaits)
+{
+    CascadeApp app;
+    Client client;
+    CascadeThumbnails::Request(kFilm.c_str(), client);
+    std::mutex mutex;
+    std::unique_lock lock(mutex);
+    host::Waiter waiter;
+    EXPECT_EQ(waiter.Wait(lock, [] { return g_AfterWait != nullptr; }, host::Clock::now() + kPatience), host::WaitResult::kDone);
+    EXPECT_TRUE(client.answers.empty());
+    g_AfterWait();
+    EXPECT_EQ(client.answers.size(), 1u);
 }
 
 TEST(BackgroundThreadTest, LeavesAThreadBehindThatDoesNotEnd)
