@@ -9,9 +9,11 @@
 #pragma once
 
 #include <array>
+#include <memory>
 
 #include "app/ActionMachine.h"
 #include "app/KeyWindows.h"
+#include "app/MDeleteDialog.h"
 #include "app/MMenu.h"
 #include "app/MenuTables.h"
 #include "app/MyWindow.h"
@@ -52,6 +54,7 @@ class NuvidApp : public CascadeApp,
                  public IPlaybackClient,
                  public IMMenu_CB,
                  public EDialog::Client,
+                 public IDeleteDialogCB,
                  private MyWindow::Client,
                  private ISequenceActions,
                  private ParameterParser::Client {
@@ -82,8 +85,9 @@ public:
     bool OpenFile(const EFileBrowser::FileInfo& entry, bool addToRecent);
     bool OpenFile(const char* path, bool addToRecent);
     void OpenFile();    // lets the viewer choose
-    bool CloseFile(const char* path);    // null: whatever is open; else only when it is open. Whether it closed
-    void callback(const EFileBrowser::FileInfo& entry, int reason);    // something was chosen to play
+    bool CloseFile(const char* path) override;    // null: whatever is open; else only when it is open. Whether it closed
+    void callback(const EFileBrowser::FileInfo& entry, int reason);    // the browser has closed
+    void DeleteDialogDone(bool deleted) override;
 
     void Info(const char* text, const IconOrText& second = {}, const char* line3 = "", const char* line4 = "", bool withProgress = false);
 
@@ -122,6 +126,7 @@ private:
     bool OpenEntryAtCursor(bool addToRecent);
     bool OpenPlaylist(const char* path);
     bool LoadFilelist(const char* path);
+    static const CascadeString& ShownName(const EFileBrowser::FileInfo& entry);
     void EndOfQueue();
     void ShowProgress();
 
@@ -150,10 +155,6 @@ private:
     void ShowMenu(Menus::Menu menu);
     void DismissWindows();
     bool IsAnythingAsked() const;
-    void Browse(BrowseMode mode, const char* title);
-    void FileBrowse();
-    void QueueFile();
-    void DeleteFile();
     void ShowAdvancedMenu();
     void ShowRecentFileMenu();
     void OpenRecent(size_t slot);
@@ -165,6 +166,14 @@ private:
     void OptionsDone();
     void VidOptions();
     void PlaybackOptionsDone();
+
+    // Choosing and deleting (NuvidAppBrowse.cpp).
+    void Browse(BrowseMode mode, const char* title);
+    void FileBrowse();
+    void TakeSelected();
+    void AskForDeletion();
+    void QueueFile();
+    void DeleteFile();
 
     // External commands (NuvidAppCommands.cpp); CommandTable.h says which command does what.
     void OnSkipCommand(const char* text, Osd::Icon icon, SequenceState state, const char* seconds);
@@ -199,6 +208,9 @@ private:
     PlayQueue m_Queue;
     int m_nPlaylistDepth = 0;    // playlists that are being opened inside each other
     RecentFiles m_Recent;
+    std::unique_ptr<EFileBrowser> m_pBrowser;    // the last one, on the screen or not
+    MDeleteDialog* m_pDeleteDialog = nullptr;    // owns itself; null when it is not on the screen
+    bool m_bBrowsePending = false;    // the browser comes back after the menu key or the deletion
     int m_nBrowseMode = kBrowseOpen;    // what a chosen file is for
     CascadeString m_BrowseTitle;
     EFileBrowser::FileInfo m_SelectedEntry;    // the last one chosen

@@ -73,12 +73,20 @@ void NuvidApp::OnPathCommand(BrowseMode mode, const CascadeString& path)
 {
     EFileBrowser::FileInfo entry;
     entry.path = path;
-    m_nBrowseMode = mode;
     if (mode == kBrowseOpen) {
         DismissWindows();
     }
+    // What is on the screen stays as it is while something is put into the queue.
+    const bool asked = IsAnythingAsked();
+    const int asksFor = m_nBrowseMode;
+    const EFileBrowser::FileInfo chosen = m_SelectedEntry;
+    m_nBrowseMode = mode;
     callback(entry, EFileBrowser::kItemChosen);
-    m_bMenuOpen = IsAnythingAsked();    // a menu stays open while something is put into the queue
+    if (asked) {
+        m_bMenuOpen = true;
+        m_nBrowseMode = asksFor;
+        m_SelectedEntry = chosen;
+    }
 }
 
 void NuvidApp::OnOpenCommand(const CascadeString& rest, CascadeString& /*reply*/)

@@ -157,7 +157,10 @@ void NuvidApp::OnMenuKey()
         Quit();
         return;
     }
-    if (m_Options.menuEnabled) {
+    if (m_bBrowsePending) {
+        m_bBrowsePending = false;
+        FileBrowse();
+    } else if (m_Options.menuEnabled) {
         ShowMenu(Menus::kMain);
     } else {
         OpenFile();

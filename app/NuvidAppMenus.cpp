@@ -1,6 +1,7 @@
 // The menus, and what their items do.
 #include <cstdio>
 #include <ctime>
+#include <utility>
 
 #include "app/MThemeSelect.h"
 #include "app/MenuTables.h"
@@ -67,6 +68,13 @@ void NuvidApp::DismissWindows()
         menu.Vanish();
     }
     m_ResumeDialog.Vanish();
+    if (m_pBrowser != nullptr) {
+        m_pBrowser->Dismiss();
+    }
+    if (MDeleteDialog* const dialog = std::exchange(m_pDeleteDialog, nullptr)) {
+        dialog->Vanish();
+    }
+    m_bBrowsePending = false;
     m_bMenuOpen = false;
 }
 
@@ -77,7 +85,7 @@ bool NuvidApp::IsAnythingAsked() const
             return true;
         }
     }
-    return m_ResumeDialog.IsMaterialized();
+    return m_ResumeDialog.IsMaterialized() || m_pDeleteDialog != nullptr || (m_pBrowser != nullptr && m_pBrowser->IsMaterialized());
 }
 
 void NuvidApp::OnMenu(unsigned long id)
@@ -101,27 +109,6 @@ void NuvidApp::OnMenu(unsigned long id)
 }
 
 // ---- the main and the advanced menu
-
-void NuvidApp::Browse(BrowseMode mode, const char* title)
-{
-    m_nBrowseMode = mode;
-    m_BrowseTitle = title;
-    FileBrowse();
-}
-
-void NuvidApp::QueueFile()
-{
-    if (m_Queue.IsEmpty()) {
-        OpenFile();
-    } else {
-        Browse(kBrowseQueue, "Queue File");
-    }
-}
-
-void NuvidApp::DeleteFile()
-{
-    Browse(kBrowseDelete, "WARNING: Delete File");
-}
 
 void NuvidApp::ShowAdvancedMenu()
 {

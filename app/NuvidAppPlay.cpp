@@ -13,12 +13,12 @@ namespace {
 constexpr uint32_t kTickMs = 100;
 constexpr int kDeepestPlaylist = 8;    // a playlist that names itself ends here
 
-const CascadeString& ShownName(const EFileBrowser::FileInfo& entry)
+}    // namespace
+
+const CascadeString& NuvidApp::ShownName(const EFileBrowser::FileInfo& entry)
 {
     return entry.title.IsEmpty() ? entry.path : entry.title;
 }
-
-}    // namespace
 
 void NuvidApp::TimerSeq()
 {
@@ -95,16 +95,6 @@ bool NuvidApp::LoadFilelist(const char* path)
     return true;
 }
 
-void NuvidApp::OpenFile()
-{
-    Browse(kBrowseOpen, "Open File");
-}
-
-void NuvidApp::FileBrowse()
-{
-    Info("Press [Menu] to open a file");
-}
-
 bool NuvidApp::CloseFile(const char* path)
 {
     if (path != nullptr) {
@@ -122,27 +112,6 @@ bool NuvidApp::OpenEntryAtCursor(bool addToRecent)
 {
     m_CurrentEntry = *m_Queue.Entry();
     return OpenFile(m_CurrentEntry, addToRecent);
-}
-
-void NuvidApp::callback(const EFileBrowser::FileInfo& entry, int reason)
-{
-    std::printf("inReason %d\n", reason);
-    m_bMenuOpen = false;
-    if (reason != EFileBrowser::kItemChosen && reason != EFileBrowser::kPathSettled) {
-        Info("Press [Menu] to open a file");
-        return;
-    }
-    m_SelectedEntry = entry;
-    if (m_nBrowseMode == kBrowseQueue) {
-        m_Queue.Append(m_SelectedEntry);
-        Info("File added to the playlist", Osd::kNoIcon, m_SelectedEntry.path);
-    } else if (m_nBrowseMode == kBrowseOpen) {
-        m_Queue.Clear();
-        m_CurrentEntry = m_SelectedEntry;
-        m_Queue.Append(m_CurrentEntry);
-        m_Sequence.Begin(SEQ_OPEN_SELECTED, 2);
-        Info("Opening " + ShownName(m_CurrentEntry) + "...");
-    }
 }
 
 // ---- moving along the queue

@@ -25,7 +25,10 @@ NuvidApp::NuvidApp()
     m_Decoder.SetClient(this);
 }
 
-NuvidApp::~NuvidApp() = default;
+NuvidApp::~NuvidApp()
+{
+    DismissWindows();
+}
 
 void NuvidApp::OnAppInit()
 {

@@ -17,6 +17,7 @@ std::string Trimmed(const std::string& text)
     return from == std::string::npos ? "" : text.substr(from, text.find_last_not_of(' ') - from + 1);
 }
 
+// The first one.
 std::vector<std::vector<std::string>> TableOfPage(const std::string& path)
 {
     std::ifstream page(path);
@@ -30,6 +31,8 @@ std::vector<std::vector<std::string>> TableOfPage(const std::string& path)
                 from = to + 1;
             }
             rows.push_back(cells);
+        } else if (!rows.empty()) {
+            break;
         }
     }
     return rows;
