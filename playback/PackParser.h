@@ -23,10 +23,12 @@ public:
     void Parse(unsigned char* buffer, int length, PackParserOwner& owner);
 
 private:
+    int FindStartCode(const unsigned char* buffer, int from, int length);
     int WalkPack(unsigned char* pack, int left);
     int WalkSystemHeader(const unsigned char* header, int left);
     int WalkPacket(unsigned char* packet, int left);
     void FollowClock(uint64_t current);
+    void JumpTo(uint64_t current);
     void Shift(unsigned char* stamp, unsigned char prefix) const;
 
     bool IsMPEG2 = true;    // cleared by the first MPEG-1 pack: no repair until the next reset
