@@ -1,13 +1,38 @@
 #include "widgets/EIconLoader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <mutex>
 
+#include "platform/CascadeFile.h"
+#include "platform/CascadeJpegFile.h"
 #include "platform/CascadeScreen.h"
 
 namespace {
 
-constexpr size_t kMostIcons = 64;    // a list shows a handful of different ones
+constexpr size_t kMostIcons = 32;    // a list shows a handful of different ones, or a few thumbnails at a time
+
+bool Load(CascadeBitmap& picture, const char* path)
+{
+    // A photograph may be of any size; what is too large for a decoder is told by its header.
+    if (CascadeFile(path).GetFilenameExtension().Compare("png", false) != 0) {
+        CascadeJpegFile header;
+        if (!header.Open(path)) {
+            return false;
+        }
+    }
+    return picture.CreateFromFile(path);
+}
+
+// As large as fits into the square, in its middle.
+CascadeRect Fitted(const CascadeDims& dims, int size)
+{
+    const int longest = std::max({dims.width, dims.height, 1});
+    const auto scaled = [&](int side) { return static_cast<int>(std::max<int64_t>(1, int64_t {side} * size / longest)); };
+    const int width = scaled(dims.width);
+    const int height = scaled(dims.height);
+    return {(size - width) / 2, (size - height) / 2, width, height};
+}
 
 }    // namespace
 
@@ -28,8 +53,8 @@ void EIconLoader::Batch::Run(const std::atomic<bool>& stop)
         }
         CascadeBitmap picture;
         CascadeBitmap icon;
-        if (picture.CreateFromFile(key.first.c_str()) && icon.Create(key.second, key.second)) {
-            icon.StretchBlit({0, 0, key.second, key.second}, picture);
+        if (Load(picture, key.first.c_str()) && icon.Create(key.second, key.second)) {
+            icon.StretchBlit(Fitted(picture.GetDims(), key.second), picture);
         }
         const std::lock_guard lock(mutex);
         loaded.emplace_back(key, std::move(icon));
@@ -73,8 +98,11 @@ const CascadeBitmap* EIconLoader::Find(const char* path, int size)
 
 void EIconLoader::LoadWanted()
 {
-    if (m_Wanted.empty() || m_Loader.IsBusy()) {
-        return;    // what is being read asks for painting when it is there, and then this is called again
+    if (m_Loader.IsBusy()) {
+        m_Wanted.clear();    // when it is done it asks for painting, and then what is on screen is wanted again
+    }
+    if (m_Wanted.empty()) {
+        return;
     }
     TakeLoaded();
     std::erase_if(m_Wanted, [this](const Key& key) { return m_Icons.contains(key); });

@@ -1,6 +1,6 @@
-// The icons of a list's rows: small pictures from files, read in the background and kept.
+// The icons and thumbnails of a list's rows: small pictures from files, read in the background and kept.
 //
-// Units:     logical pixels; an icon is square.
+// Units:     logical pixels; an icon is square, with a picture of another shape in its middle.
 // Errors:    a file that is no picture stays without one and is not tried again until Refresh.
 // Threads:   the user-interface thread; a loader reads.
 // Ownership: owns the pictures; what Find answers is valid until the next call of Find or Refresh.
@@ -21,7 +21,7 @@ public:
 
     // Null: not there yet, or not to be had. Then LoadWanted reads it.
     const CascadeBitmap* Find(const char* path, int size);
-    void LoadWanted();
+    void LoadWanted();    // after painting: what was not there
     void Refresh();    // tries again what failed; all is read anew when the screen has another resolution
     void Stop();
 

@@ -78,6 +78,13 @@ int EListView::AddItem(const char* name)
     return item;
 }
 
+void EListView::RemoveItem(int item)
+{
+    StopMarquee();
+    m_Items.Remove(item);
+    m_Scroll.Remove(item);
+}
+
 void EListView::SetMessage(const char* text)
 {
     m_Message = text;

@@ -46,6 +46,7 @@ public:
 
     void Clear(bool redraw);    // items and message; columns stay
     int AddItem(const char* name);
+    void RemoveItem(int item);    // the cursor keeps its item
     int GetItemCount() const { return m_Items.Count(); }
     void SetText(int item, int column, const char* text) { m_Items.SetText(item, column, text); }
     const char* GetText(int item, int column) const { return m_Items.GetText(item, column); }
@@ -106,6 +107,7 @@ private:
     void PaintRow(CascadeBitmap& bitmap, int item, const CascadeRect& row);
     int PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& row, bool focused) const;    // answers where the name must end
     void PaintName(CascadeBitmap& bitmap, int item, const CascadeRect& box, bool selected, bool focused);
+    const CascadeBitmap* IconOf(int item);    // null: none yet
     void PaintMark(CascadeBitmap& bitmap, const CascadeRect& icon, bool focused) const;
     void PaintMessage(CascadeBitmap& bitmap, const CascadeRect& room) const;
     void PaintScrollBar(CascadeBitmap& bitmap) const;

@@ -81,8 +81,7 @@ void EListView::PaintRow(CascadeBitmap& bitmap, int item, const CascadeRect& row
     }
 
     const CascadeRect icon = {row.left + kRowInset, row.top + (row.height - look.icon) / 2, look.icon, look.icon};
-    const char* const path = m_Items.GetIcons(item)[static_cast<size_t>(m_nMode)];
-    if (const CascadeBitmap* const picture = m_bIcons ? m_pIcons->Find(path, look.icon) : nullptr) {
+    if (const CascadeBitmap* const picture = IconOf(item)) {
         bitmap.Blit({icon.left, icon.top}, *picture);
     }
     if (m_Items.GetMark(item)) {
@@ -91,6 +90,17 @@ void EListView::PaintRow(CascadeBitmap& bitmap, int item, const CascadeRect& row
     const int left = icon.Right() + look.gap;
     const int right = PaintColumns(bitmap, item, row, focused);
     PaintName(bitmap, item, {left, row.top, right - left, row.height}, selected, focused);
+}
+
+// Where rows are high enough, the picture of the recording itself; until it is there, and without one, the icon.
+const CascadeBitmap* EListView::IconOf(int item)
+{
+    if (!m_bIcons) {
+        return nullptr;
+    }
+    const int size = kListLooks[m_nMode].icon;
+    const CascadeBitmap* const own = m_nMode == kExtraLarge ? m_pIcons->Find(m_Items.GetThumbnail(item), size) : nullptr;
+    return own != nullptr ? own : m_pIcons->Find(m_Items.GetIcons(item)[static_cast<size_t>(m_nMode)], size);
 }
 
 // A dot at the corner of what the icon shows.

@@ -62,6 +62,11 @@ bool ParseColor(const std::string& text, CascadeColor& color)
     return shaped;
 }
 
+CascadeColor Between(CascadeColor a, CascadeColor b)
+{
+    return ((a >> 1) & 0x7F7F7F7F) + ((b >> 1) & 0x7F7F7F7F) + (a & b & 0x01010101);
+}
+
 void TakeLine(EPalette& palette, const std::string& line)
 {
     const size_t equals = line.find('=');
@@ -110,8 +115,9 @@ void EPalette::PaintPanel(CascadeBitmap& bitmap, const CascadeRect& rect) const
     bitmap.StrokeRoundedRect(panel, panelRadius, 2, rim);
 }
 
+// From halfway to the deep colour: the accent itself is too bright behind a text.
 void EPalette::PaintFocus(CascadeBitmap& bitmap, const CascadeRect& rect, int radius) const
 {
-    bitmap.FillGradient(rect, radius, accent, accentDeep, true);
+    bitmap.FillGradient(rect, radius, Between(accent, accentDeep), accentDeep, true);
     bitmap.StrokeRoundedRect(rect, radius, 2, kGloss);
 }

@@ -12,8 +12,8 @@
 #include "platform/CascadeGeometry.h"
 
 struct EPalette {
-    CascadeColor accent = 0x5CC3F2FF;        // the focus, from top to bottom
-    CascadeColor accentDeep = 0x1F7DC0FF;
+    CascadeColor accent = 0x5CC3F2FF;        // marks, carets; halfway to the next one the top of the focus
+    CascadeColor accentDeep = 0x1F7DC0FF;    // its bottom
     CascadeColor onAccent = 0xFFFFFFFF;      // text on the focus
     CascadeColor panelTop = 0x1B466DE6;      // behind everything, from top to bottom
     CascadeColor panelBottom = 0x0A2242F0;

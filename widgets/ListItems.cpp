@@ -56,6 +56,13 @@ int ListItems::Add(const char* name)
     return Count() - 1;
 }
 
+void ListItems::Remove(int item)
+{
+    if (Has(item)) {
+        m_Items.erase(m_Items.begin() + item);
+    }
+}
+
 const ListItems::Cell* ListItems::FindCell(int item, int column) const
 {
     for (uint32_t at = m_Items[static_cast<size_t>(item)].firstCell; at != 0; at = m_Cells[at - 1].next) {

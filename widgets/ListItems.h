@@ -21,6 +21,7 @@ public:
     int Count() const { return static_cast<int>(m_Items.size()); }
     void Clear();
     int Add(const char* name);    // the name is column 0
+    void Remove(int item);    // those behind it move up; its texts stay until Clear
 
     void SetText(int item, int column, const char* text);
     const char* GetText(int item, int column) const;

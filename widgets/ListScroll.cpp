@@ -26,6 +26,16 @@ void ListScroll::SetCount(int count)
     SetTop(m_nTop);
 }
 
+void ListScroll::Remove(int index)
+{
+    if (index < 0 || index >= m_nCount) {
+        return;
+    }
+    m_nSelected -= index < m_nSelected ? 1 : 0;
+    m_nTop -= index < m_nTop ? 1 : 0;
+    SetCount(m_nCount - 1);
+}
+
 void ListScroll::SetPage(int rows)
 {
     const bool wasVisible = IsVisible(m_nSelected);

@@ -7,6 +7,7 @@
 class ListScroll {
 public:
     void SetCount(int count);    // the cursor stays where it is when that item is still there, else goes to the last
+    void Remove(int index);    // one row goes; the cursor keeps its item, or stands on the one that takes its place
     void SetPage(int rows);    // whole rows that fit; at least 1. The cursor stays on screen when it was.
     void Reset();    // no items, no cursor
 

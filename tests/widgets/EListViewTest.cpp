@@ -195,6 +195,9 @@ TEST_F(EListViewTest, IconsComeWhenTheyAreLoadedAndOnlyThoseInSight)
     EXPECT_TRUE(settles(5));
     m_List.SetListMode(EListView::kExtraLarge);
     EXPECT_EQ(icons(), 0);
+    TestPlatform::AddPicture(folder / "film.jpg", {640, 360});
+    m_List.SetThumbnail(m_List.GetSelectedIndex(), (folder / "film.jpg").c_str());
+    EXPECT_TRUE(settles(1));    // the picture of the recording itself
     m_List.StopIconLoading();
     EXPECT_EQ(icons(), 0);
 }
