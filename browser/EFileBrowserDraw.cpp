@@ -16,10 +16,10 @@ constexpr CascadeColor kGroundBottom = 0x02040AE6;
 constexpr CascadeColor kShadowColor = 0x000000C0;
 constexpr int kShadow = 2;
 constexpr int kPillPadding = 16;
-constexpr int kCapPadding = 10;
+constexpr int kCapPadding = 8;
 constexpr int kCapRadius = 8;
 constexpr int kHintGap = 8;
-constexpr int kHintSpace = 26;    // between two hints
+constexpr int kHintSpace = 18;    // between two hints
 
 int Middle(const CascadeRect& box, int height)
 {
@@ -28,10 +28,21 @@ int Middle(const CascadeRect& box, int height)
 
 }    // namespace
 
+// The way up is no item of the folder.
 void EFileBrowser::ShowPosition()
 {
-    const int count = m_List.GetItemCount();
-    m_Position.SetText(count == 0 ? CascadeString() : CascadeString::Format("%d of %d", Selected() + 1, count));
+    const int total = m_List.GetItemCount();
+    const ItemKind first = KindOf(0);
+    const int leading = total > 0 && (first == ItemKind::kParent || first == ItemKind::kLeave || first == ItemKind::kText) ? 1 : 0;
+    const int count = total - leading;
+    const int number = Selected() + 1 - leading;
+    if (count == 0) {
+        m_Position.SetText("");
+    } else if (number < 1) {
+        m_Position.SetText(CascadeString::Format(count == 1 ? "%d item" : "%d items", count));
+    } else {
+        m_Position.SetText(CascadeString::Format("%d of %d", number, count));
+    }
 }
 
 const char* EFileBrowser::FilterLabel() const

@@ -35,7 +35,10 @@ constexpr int kShadow = 2;
 constexpr CascadeColor kTitleColor = 0xFFFFFFFF;
 constexpr CascadeColor kTextColor = 0xE6EAF6FF;
 constexpr CascadeColor kHeaderColor = 0xC6D4ECFF;
-constexpr CascadeColor kShadowColor = 0x000000B0;
+constexpr CascadeColor kShadowColor = 0x00000070;
+constexpr CascadeColor kGround = 0x081226E0;    // what lies below must not be read through the text
+constexpr int kGroundInset = 6;    // within the panel's picture
+constexpr int kGroundRadius = 18;
 constexpr CascadeColor kBarColor = 0xFFFFFF30;
 constexpr CascadeColor kThumbColor = 0xFFFFFFA0;
 
@@ -269,6 +272,9 @@ void EInfoWindow::OnPaint(CascadeBitmap& bitmap)
 {
     const CascadeRect& panel = GetRect();
     bitmap.Fill(0);
+    CascadeRect ground = panel;
+    ground.InsetRect(kGroundInset, kGroundInset);
+    bitmap.FillRoundedRect(ground, kGroundRadius, kGround);
     bitmap.StretchBlit(panel, m_Panel);
     EUtils::ShadowedTextOut(bitmap, {panel.left + kMargin, panel.top + kTitleTop}, m_ShownTitle, m_TitleFont, kTitleColor, kShadowColor, kShadow);
     PaintDescription(bitmap);

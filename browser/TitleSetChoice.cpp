@@ -11,6 +11,8 @@ constexpr CascadeDims kWindow {760, 480};
 constexpr int kMargin = 36;
 constexpr int kTop = 28;
 constexpr int kGap = 14;
+constexpr int kShadow = 6;    // of the panel, inside its rectangle
+constexpr CascadeColor kGround = 0x081226C0;    // what lies below must not be read through the text
 constexpr const char* kTitle = "Select Title Set";
 constexpr const char* kQuestion = "Multiple title sets larger than the configured threshold exist. Which would you like to play?";
 
@@ -99,7 +101,10 @@ void TitleSetChoice::Finish(int index)
 void TitleSetChoice::OnPaint(CascadeBitmap& bitmap)
 {
     const CascadeRect& panel = GetRect();
+    CascadeRect ground = panel;
+    ground.InsetRect(kShadow, kShadow);
     bitmap.Fill(0);
+    bitmap.FillRoundedRect(ground, m_Palette.panelRadius, kGround);
     m_Palette.PaintPanel(bitmap, panel);
     CascadePoint at {panel.left + kMargin, panel.top + kTop};
     bitmap.TextOut(at, kTitle, m_TitleFont, m_Palette.text);
