@@ -7,6 +7,7 @@
 
 #include "host/base/HostHooks.h"
 #include "host/base/KeyNames.h"
+#include "host/base/Pairing.h"
 #include "host/network/ControlWords.h"
 #include "platform/CascadeInput.h"
 
@@ -118,6 +119,24 @@ ControlReply ScreenshotWord(std::string_view)
 ControlReply StatsWord(std::string_view)
 {
     return ControlStats();
+}
+
+ControlReply DevicesWord(std::string_view)
+{
+    if (ThePairing() == nullptr) {
+        return "Failed";
+    }
+    ThePairing()->ShowDevices();
+    return "OK";
+}
+
+ControlReply UnpairWord(std::string_view)
+{
+    if (ThePairing() == nullptr) {
+        return "Failed";
+    }
+    ThePairing()->ForgetAll();
+    return "OK";
 }
 
 ControlReply HelpWord(std::string_view)

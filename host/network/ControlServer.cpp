@@ -34,7 +34,7 @@ ControlServer::~ControlServer()
     }
 }
 
-std::string ControlServer::Start(const ControlAddress& address)
+std::string ControlServer::Start(const ListenAddress& address)
 {
     const Ref<GInetAddress> inet(g_inet_address_new_from_string(address.host.c_str()));
     if (inet == nullptr) {
@@ -76,7 +76,7 @@ gboolean ControlServer::OnConnection()
 {
     GError* error = nullptr;
     if (GSocket* const socket = g_socket_accept(m_pListener, nullptr, &error)) {
-        Admit(socket);
+        Welcome(socket);
         return G_SOURCE_CONTINUE;
     }
     const bool later = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK) || g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CONNECTION_CLOSED);
@@ -98,7 +98,7 @@ gboolean ControlServer::OnConnection()
     return G_SOURCE_REMOVE;
 }
 
-void ControlServer::Admit(GSocket* socket)
+void ControlServer::Welcome(GSocket* socket)
 {
     if (m_Clients.size() >= kMostClients) {
         constexpr std::string_view kFull = "Too many clients\n";
@@ -110,10 +110,10 @@ void ControlServer::Admit(GSocket* socket)
     }
     const uint64_t id = ++m_nLastClient;
     ControlClient::Events events {
-        [this, id](std::string command) { m_OnCommand(id, std::move(command)); },
+        [this, id](std::string command) { m_OnCommand(id, m_Clients[id].admission, std::move(command)); },
         [this, id] { m_Loop.Post([this, id] { Forget(id); }); },
     };
-    m_Clients[id] = std::make_unique<ControlClient>(socket, m_Loop.Context(), std::move(events));
+    m_Clients[id].client = std::make_unique<ControlClient>(socket, m_Loop.Context(), std::move(events));
 }
 
 void ControlServer::Forget(uint64_t client)
@@ -127,7 +127,17 @@ void ControlServer::Reply(uint64_t client, std::string reply)
     m_Loop.Post([this, client, reply = std::move(reply)] {
         const auto found = m_Clients.find(client);
         if (found != m_Clients.end()) {
-            found->second->Reply(reply);
+            found->second.client->Reply(reply);
+        }
+    });
+}
+
+void ControlServer::Admit(uint64_t client, unsigned admission)
+{
+    m_Loop.Post([this, client, admission] {
+        const auto found = m_Clients.find(client);
+        if (found != m_Clients.end()) {
+            found->second.admission = admission;
         }
     });
 }
@@ -153,8 +163,8 @@ void ControlServer::FinishAll()
         g_source_unref(m_pListening);
         m_pListening = nullptr;
     }
-    for (const auto& [id, client] : m_Clients) {
-        client->Dismiss();    // every reply given so far was posted before this
+    for (const auto& [id, guest] : m_Clients) {
+        guest.client->Dismiss();    // every reply given so far was posted before this
     }
     ReportWhenEmpty();
 }

@@ -15,7 +15,7 @@
 #include <mutex>
 #include <string>
 
-#include "host/network/ControlAddress.h"
+#include "host/base/ListenAddress.h"
 #include "host/network/ControlClient.h"
 #include "host/network/NetworkLoop.h"
 
@@ -24,8 +24,9 @@ namespace host {
 class ControlServer {
 public:
     static constexpr size_t kMostClients = 256;
-    // Called on the network thread; Reply is called for that client some time later.
-    using OnCommand = std::function<void(uint64_t client, std::string command)>;
+    // Called on the network thread; Reply is called for that client some time later. `admission` is what that client
+    // was admitted with, 0 before.
+    using OnCommand = std::function<void(uint64_t client, unsigned admission, std::string command)>;
 
     ControlServer(NetworkLoop& loop, OnCommand onCommand);
     ~ControlServer();
@@ -33,16 +34,17 @@ public:
     ControlServer& operator=(const ControlServer&) = delete;
 
     // Empty: it listens. Otherwise why not.
-    std::string Start(const ControlAddress& address);
+    std::string Start(const ListenAddress& address);
     uint16_t Port() const { return m_nPort; }
     void Reply(uint64_t client, std::string reply);    // of no effect when the client has gone
+    void Admit(uint64_t client, unsigned admission);    // before its Reply
     // Takes no more commands; returns when every reply given so far is sent, at the latest after `patience`.
     void Stop(std::chrono::milliseconds patience);
 
 private:
     void WatchListener();
     gboolean OnConnection();
-    void Admit(GSocket* socket);
+    void Welcome(GSocket* socket);
     void Forget(uint64_t client);
     void FinishAll();
     void ReportWhenEmpty();
@@ -56,7 +58,11 @@ private:
     // The network thread's own.
     GSource* m_pListening = nullptr;
     uint64_t m_nLastClient = 0;
-    std::map<uint64_t, std::unique_ptr<ControlClient>> m_Clients;
+    struct Guest {
+        std::unique_ptr<ControlClient> client;
+        unsigned admission = 0;
+    };
+    std::map<uint64_t, Guest> m_Clients;
     bool m_bFinishing = false;
 
     std::mutex m_Mutex;

@@ -16,6 +16,8 @@ ControlReply KeyDownWord(std::string_view argument);
 ControlReply KeyUpWord(std::string_view argument);
 ControlReply ScreenshotWord(std::string_view argument);
 ControlReply StatsWord(std::string_view argument);
+ControlReply DevicesWord(std::string_view argument);
+ControlReply UnpairWord(std::string_view argument);
 ControlReply HelpWord(std::string_view argument);
 
 struct ControlHostWord {
@@ -30,6 +32,8 @@ inline constexpr ControlHostWord kHostWords[] = {
     {"keyup", "NAME|0xCODE", KeyUpWord},
     {"screenshot", "", ScreenshotWord},
     {"stats", "", StatsWord},
+    {"devices", "", DevicesWord},
+    {"unpair", "", UnpairWord},
     {"help", "", HelpWord},
 };
 

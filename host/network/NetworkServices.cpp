@@ -5,7 +5,9 @@
 
 #include "host/base/HostHooks.h"
 #include "host/base/HostOptions.h"
+#include "host/base/Pairing.h"
 #include "host/base/UiQueue.h"
+#include "host/network/ControlAdmission.h"
 #include "host/network/ControlCommands.h"
 #include "host/network/ControlServer.h"
 #include "host/network/NetworkLoop.h"
@@ -23,9 +25,10 @@ struct Services {
     NetworkLoop loop;
     ControlServer control;
     std::vector<std::future<void>> workers;    // what answers later; the end waits for them
+    bool isGuarded = false;    // other devices can connect: each has to be paired
 
     Services()
-        : control(loop, [](uint64_t client, std::string command) { Hand(client, std::move(command)); })
+        : control(loop, [](uint64_t client, unsigned admission, std::string command) { Hand(client, admission, std::move(command)); })
     {
     }
     ~Services()
@@ -33,7 +36,7 @@ struct Services {
         control.Stop(kLastReplies);
         loop.Stop();
     }
-    static void Hand(uint64_t client, std::string command);
+    static void Hand(uint64_t client, unsigned admission, std::string command);
     static void Answer(uint64_t client, std::string text);
     static void AnswerLater(uint64_t client, std::function<std::string()> work);
 };
@@ -46,10 +49,19 @@ std::unique_ptr<Services>& Running()
 
 // From the network thread to the user-interface thread and back. The services may be gone by the time that
 // the command has its turn, or end while it is carried out.
-void Services::Hand(uint64_t client, std::string command)
+void Services::Hand(uint64_t client, unsigned admission, std::string command)
 {
-    PostToUi([client, command = std::move(command)] {
+    PostToUi([client, admission, command = std::move(command)] {
         if (Running() == nullptr) {
+            return;
+        }
+        Pairing* const pairing = ThePairing();
+        if (Running()->isGuarded && (pairing == nullptr || admission != pairing->Revision())) {
+            const AdmissionReply reply = RunAdmissionCommand(command, pairing);
+            if (reply.isAdmitted) {
+                Running()->control.Admit(client, pairing->Revision());
+            }
+            Answer(client, reply.text);
             return;
         }
         ControlReply reply = RunControlCommand(command);
@@ -88,7 +100,7 @@ bool StartNetworkServices()
     if (where == "off" || Running() != nullptr) {
         return true;
     }
-    const ControlAddress address = ParseControlAddress(where);
+    const ListenAddress address = ParseListenAddress(where);
     auto services = std::make_unique<Services>();
     std::string error = address.error;
     if (error.empty() && !services->loop.Start()) {
@@ -101,9 +113,8 @@ bool StartNetworkServices()
         std::fprintf(stderr, "External control is off: %s\n", error.c_str());
         return false;
     }
-    const bool six = address.host.find(':') != std::string::npos;
-    std::printf("External control listens on %s%s%s:%u\n", six ? "[" : "", address.host.c_str(), six ? "]" : "",
-        static_cast<unsigned>(services->control.Port()));
+    services->isGuarded = !address.isLoopback;
+    std::printf("External control listens on %s%s\n", address.Text(services->control.Port()).c_str(), services->isGuarded ? ", for paired devices" : "");
     std::fflush(stdout);
     Running() = std::move(services);
     return true;

@@ -13,6 +13,8 @@
 
 #include "host/base/HostHooks.h"
 #include "host/base/HostOptions.h"
+#include "host/base/KeyNames.h"
+#include "host/base/Pairing.h"
 #include "host/network/ControlClient.h"
 #include "host/network/ControlServer.h"
 #include "host/network/ControlWords.h"
@@ -293,23 +295,7 @@ TEST(ControlWords, AreThoseOfTheirPage)
     }
 }
 
-TEST(ControlAddress, IsANumberOfThisDeviceOnly)
-{
-    const auto parse = [](const char* text) {
-        const host::ControlAddress address = host::ParseControlAddress(text);
-        return address.error.empty() ? address.host + " " + std::to_string(address.port) : "error";
-    };
-    EXPECT_EQ(parse("127.0.0.1:4747"), "127.0.0.1 4747");
-    EXPECT_EQ(parse("localhost:0"), "127.0.0.1 0");
-    EXPECT_EQ(parse(":65535"), "127.0.0.1 65535");
-    EXPECT_EQ(parse("[::1]:80"), "::1 80");
-    for (const char* const bad : {"", "4747", "127.0.0.1:", "127.0.0.1:65536", "127.0.0.1:-1", "127.0.0.1:80x", "0.0.0.0:4747", "[::]:4747",
-             "192.168.1.2:4747", "example.org:80"}) {
-        EXPECT_EQ(parse(bad), "error") << bad;
-    }
-}
-
-TEST(ControlServices, PortInUseOrAForeignAddressIsSaidAndOffIsQuiet)
+TEST(ControlServices, PortInUseOrAStrangeAddressIsSaidAndOffIsQuiet)
 {
     UiThread ui;
     ui.Do([] {
@@ -333,9 +319,73 @@ TEST(ControlServices, PortInUseOrAForeignAddressIsSaidAndOffIsQuiet)
             return started;
         };
         EXPECT_FALSE(start("127.0.0.1:" + std::to_string(ntohs(address.sin_port))));
-        EXPECT_FALSE(start("0.0.0.0:0"));
+        EXPECT_FALSE(start("example.org:0"));
         EXPECT_TRUE(start("off"));
         close(taken);
+    });
+}
+
+// One device with one token, and a code that is always the same.
+struct OnePairing : host::Pairing {
+    bool ShowCode(const std::string&) override { return ++shown < 3; }
+    host::PairAnswer TryCode(std::string_view code, const std::string&, std::string& token) override
+    {
+        token = "t0ken";
+        known = code == "123456";
+        return known ? host::PairAnswer::kPaired : host::PairAnswer::kWrong;
+    }
+    bool Knows(std::string_view token) override { return known && token == "t0ken"; }
+    void Forget(std::string_view) override { }
+    void ForgetAll() override
+    {
+        known = false;
+        ++revision;
+    }
+    unsigned Revision() override { return revision; }
+    void ShowDevices() override { }
+    int shown = 0;
+    bool known = false;
+    unsigned revision = 1;
+};
+
+TEST(ControlServices, BeyondThisDeviceOnlyPairedClientsAreHeard)
+{
+    OnePairing pairing;
+    UiThread ui;
+    uint16_t port = 0;
+    ui.Do([&] {
+        host::SetPairing(&pairing);
+        host::HostOptions options;
+        options.ecp = "0.0.0.0:0";
+        host::SetCurrentHostOptions(options);
+        testing::internal::CaptureStdout();
+        EXPECT_TRUE(host::StartNetworkServices());
+        const std::string said = testing::internal::GetCapturedStdout();
+        EXPECT_NE(said.find("for paired devices"), std::string::npos) << said;
+        port = static_cast<uint16_t>(std::stoi(said.substr(said.find(':') + 1)));
+    });
+    {
+        Client first(port);
+        for (const char* const command : {"Cascade help", "Cascade key stop", "Cascade unpair", "Cascade token", "Cascade token wrong", "Cascade pairs", ""}) {
+            EXPECT_EQ(first.Ask(command), "Not paired") << command;
+        }
+        EXPECT_EQ(first.Ask("Cascade pair"), "OK");
+        EXPECT_EQ(first.Ask("Cascade pair 111111"), "Wrong code");
+        EXPECT_EQ(first.Ask("Cascade help"), "Not paired");
+        EXPECT_EQ(first.Ask("Cascade pair 123456"), "t0ken");
+        EXPECT_TRUE(first.Ask("Cascade help").starts_with("Cascade"));
+
+        Client second(port);
+        EXPECT_EQ(second.Ask("Cascade help"), "Not paired");
+        EXPECT_EQ(second.Ask("Cascade token t0ken"), "OK");
+        EXPECT_TRUE(second.Ask("Cascade help").starts_with("Cascade"));
+        EXPECT_EQ(second.Ask("Cascade unpair"), "OK");
+        EXPECT_EQ(first.Ask("Cascade help"), "Not paired");
+        EXPECT_EQ(second.Ask("Cascade token t0ken"), "Not paired");
+    }
+    ui.Do([] {
+        host::StopNetworkServices();
+        host::SetPairing(nullptr);
     });
 }
 
