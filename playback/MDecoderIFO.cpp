@@ -1,6 +1,8 @@
 // Chapters, playing time and audio streams of a DVD title, from the information file of its title set.
 #include <cstdio>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "platform/CascadeFile.h"
 #include "playback/MDecoder.h"
@@ -46,10 +48,12 @@ void MDecoder::ReadImageIFO(DVDISOStream& image)
     TakeTitle(cells);
     // The stream is the title from its first byte, so a cell's location is a position in it.
     const CascadeString name = m_pHWDecoder->GetPlace().files.GetCurrentName();
+    std::vector<tagBookmark> chapters;
     for (const cell_info& cell : cells.GetCells()) {
-        m_Chapters.AddBookmark(name, cell.location);
+        chapters.push_back({name, cell.location});
         std::printf("Chapter added %s @ %llu\n", name.Text(), Location(cell));
     }
+    m_Chapters.AddBookmarks(std::move(chapters));
 }
 
 // A copy of a DVD's folder, or any recording with an information file beside it.
@@ -76,6 +80,7 @@ void MDecoder::AddFolderChapters(const IFOCells& cells, const CascadeString& cur
     FileList list;
     list.Create(current, startName);
     std::printf("fList size: %lld  IFO reported size: %lld\n", static_cast<long long>(list.GetTotalSize()), static_cast<long long>(cells.GetTitleSize()));
+    std::vector<tagBookmark> chapters;
     for (const cell_info& cell : cells.GetCells()) {
         CascadeString name;
         unsigned long long offset = 0;
@@ -83,9 +88,10 @@ void MDecoder::AddFolderChapters(const IFOCells& cells, const CascadeString& cur
             std::printf("Chapter NOT added. No file for absolute offset %llu\n", Location(cell));
             continue;
         }
-        m_Chapters.AddBookmark(name, static_cast<long long>(offset));
+        chapters.push_back({name, static_cast<long long>(offset)});
         std::printf("Chapter added %s @ %llu\n", name.Text(), offset);
     }
+    m_Chapters.AddBookmarks(std::move(chapters));
 }
 
 void MDecoder::TakeTitle(const IFOCells& cells)

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -20,6 +21,7 @@
 namespace {
 std::function<int()> g_OnFlush;    // an errno to fail with, or 0
 std::atomic<bool> g_bRefuseRename {false};
+std::atomic<bool> g_bKillAtRename {false};
 }    // namespace
 
 // The C library's are replaced in this program, so that a medium can be slow or fail.
@@ -35,6 +37,9 @@ extern "C" int fsync(int fd)
 
 extern "C" int rename(const char* from, const char* to) noexcept
 {
+    if (g_bKillAtRename) {
+        std::raise(SIGKILL);
+    }
     if (g_bRefuseRename) {
         errno = EIO;
         return -1;
@@ -158,6 +163,31 @@ TEST_F(SideFileWriterTest, ASaveThatFailsAtAnyStepLeavesTheOldFile)
     }
     m_Writer.Finish(kSignatureLine + "z 2\n");    // the medium has come to itself
     EXPECT_EQ(m_Folder.Read("film.nuvid"), kSignatureLine + "z 2\n");
+}
+
+// The process ends where the power would go; what the medium has been told stays.
+TEST_F(SideFileWriterTest, ACutAtAnyInstantLeavesTheOldFileOrTheNew)
+{
+    const std::string old = kSignatureLine + "z 1\n", now = kSignatureLine + "z 2\n";
+    const std::pair<const char*, const std::string&> cuts[] = {{"before the flush", old}, {"before the rename", old}, {"before the folder's flush", now}};
+    for (int cut = 0; cut < 3; ++cut) {
+        SCOPED_TRACE(cuts[cut].first);
+        m_Folder.Write("film.nuvid", old);
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            g_bKillAtRename = cut == 1;
+            g_OnFlush = [cut, flushes = 0]() mutable { return (cut == 0 || (cut == 2 && ++flushes == 2)) ? std::raise(SIGKILL) : 0; };
+            SideFileWriter writer;
+            writer.Begin((m_Folder / "film.nuvid").c_str());
+            writer.Finish(now);
+            _exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status));
+        EXPECT_EQ(m_Folder.Read("film.nuvid"), cuts[cut].second);
+    }
 }
 
 class SavingTest : public PlaybackTest {
