@@ -7,6 +7,8 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 using namespace std::string_literals;
 
@@ -59,6 +61,32 @@ TEST(FolderConfig, IsReadFromTheFolderAlone)
     EXPECT_EQ(3, FolderConfig::Read((folder / "").c_str()).filter);
     EXPECT_STREQ("x", FolderConfig::Read((folder / "").c_str()).password);
     EXPECT_EQ(FolderConfig::kNotSaid, FolderConfig::Read((folder / "sub/").c_str()).filter);
+}
+
+// The example of the page about files, by the language of its block.
+std::string DocumentedExample(const std::string& language)
+{
+    std::ifstream file(NUVID_SOURCE "/docs/formats.md");
+    const std::string page(std::istreambuf_iterator<char>(file), {});
+    const size_t start = page.find("```" + language + "\n");
+    EXPECT_NE(std::string::npos, start) << language;
+    const size_t from = page.find('\n', start) + 1;
+    return page.substr(from, page.find("```", from) - from);
+}
+
+TEST(TextFiles, TheDocumentedExamplesAreUnderstood)
+{
+    const FolderConfig config = FolderConfig::Parse(DocumentedExample("foldercfg"));
+    EXPECT_STREQ("open sesame", config.password);
+    EXPECT_STREQ("*.mpg;*.vob", config.pattern);
+    EXPECT_EQ(2, config.iconMode);
+    EXPECT_EQ(2, config.filter);
+    EInfoFile info;
+    info.ParseText(CascadeString(DocumentedExample("infofile")));
+    EXPECT_STREQ("The Long River", info.title);
+    for (const CascadeString* field : {&info.description, &info.genre, &info.rating, &info.director, &info.writer, &info.year, &info.actors}) {
+        EXPECT_FALSE(field->IsEmpty());
+    }
 }
 
 class InfoFileTest : public ::testing::Test {
