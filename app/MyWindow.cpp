@@ -51,9 +51,11 @@ void MyWindow::OnMaterialize()
     m_nHide = kTwoSeconds;
     m_Message = Message {};
     m_Message.first = "Nuvid is loading...";
-    for (int i = 0; i < Osd::kIconCount; ++i) {
-        const CascadeString path = g_ThemeSelect.GetCommonImagePath(Osd::kIconFiles[i]);
-        if (!m_Icons[i].CreateFromFile(path)) {
+    // Those that cannot be shown are told now. None is kept: together they are a megabyte of which a film shows little.
+    for (const char* const name : Osd::kIconFiles) {
+        const CascadeString path = g_ThemeSelect.GetCommonImagePath(name);
+        CascadeBitmap tried;
+        if (!tried.CreateFromFile(path)) {
             std::printf("Failed to load bitmap %s!\n", path.Text());
         }
     }
@@ -112,7 +114,11 @@ bool MyWindow::PaintIconLine(CascadeBitmap& bitmap, int& y)
         return false;
     }
     if (m_Message.iconIndex != Osd::kNoIconIndex) {
-        PaintPicture(bitmap, m_Icons[m_Message.iconIndex], y);
+        CascadeBitmap& icon = m_Icons[static_cast<size_t>(m_Message.iconIndex)];
+        if (icon.IsEmpty()) {
+            icon.CreateFromFile(g_ThemeSelect.GetCommonImagePath(Osd::kIconFiles[m_Message.iconIndex]));
+        }
+        PaintPicture(bitmap, icon, y);
         return true;
     }
     const CascadeString path = g_ThemeSelect.GetCommonImagePath(m_Message.second);

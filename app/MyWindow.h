@@ -57,5 +57,5 @@ private:
     int m_nHide = 0;    // ticks; the message is shown while it is not zero
     Message m_Message;
     CascadeFont m_Font;
-    std::array<CascadeBitmap, Osd::kIconCount> m_Icons;
+    std::array<CascadeBitmap, Osd::kIconCount> m_Icons;    // those that have been shown
 };

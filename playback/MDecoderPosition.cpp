@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "platform/CascadeTime.h"
 #include "playback/MDecoder.h"
 #include "playback/MHWDecoder.h"
 #include "playback/SkipMath.h"
@@ -96,6 +97,7 @@ bool MDecoder::ResumeStreaming()
     m_bPlaying = 1;
     m_pHWDecoder->m_nWarmup = 0;
     g_bVideoRunning = true;
+    g_LastUITick_ms = CascadeTime::GetUptimeMilliseconds();    // an open that waited for a server is no starving
     return m_pHWDecoder->ResumeStreaming(true);
 }
 
