@@ -1,4 +1,4 @@
-// Owning pointers for the library's objects.
+// Owning pointers for the library's objects, and what it is told once.
 //
 // Threads:   as the objects behind them: one thread at a time.
 // Ownership: the pointer frees.
@@ -9,6 +9,8 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/log.h>
+#include <libavutil/mem.h>
 #include <libswresample/swresample.h>
 }
 
@@ -35,5 +37,16 @@ using ParserPtr = std::unique_ptr<AVCodecParserContext, AvFree>;
 using ResamplerPtr = std::unique_ptr<SwrContext, AvFree>;
 using FormatPtr = std::unique_ptr<AVFormatContext, AvFree>;
 using IoPtr = std::unique_ptr<AVIOContext, AvFree>;
+
+// A header of a few bytes may claim a picture of 400 MB, and the codecs that the library opens itself while it looks
+// at a stream know no other limit. A plane of 4096 x 2304 with 16 bits a sample takes 19 MB.
+inline constexpr size_t kLargestBlock = 32 << 20;
+
+// Holds for the whole process; as often as one likes.
+inline void PrepareLibrary()
+{
+    av_log_set_level(AV_LOG_QUIET);    // damaged streams are everyday life; nobody reads the library's complaints
+    av_max_alloc(kLargestBlock);
+}
 
 }    // namespace host

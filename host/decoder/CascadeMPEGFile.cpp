@@ -4,13 +4,10 @@
 
 #include <vector>
 
+#include "host/decoder/AvPointers.h"
 #include "host/decoder/StreamKind.h"
 #include "host/decoder/StreamScan.h"
 #include "platform/CascadeStream.h"
-
-extern "C" {
-#include <libavutil/log.h>
-}
 
 namespace {
 
@@ -25,7 +22,7 @@ struct CascadeMPEGFile::Impl {
 
 CascadeMPEGFile::CascadeMPEGFile() : m_pImpl(std::make_unique<Impl>())
 {
-    av_log_set_level(AV_LOG_QUIET);    // nobody reads the library's complaints about damaged streams
+    host::PrepareLibrary();
 }
 
 CascadeMPEGFile::~CascadeMPEGFile() = default;

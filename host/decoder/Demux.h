@@ -54,6 +54,7 @@ private:
         AVCodecID codec = AV_CODEC_ID_NONE;
         ParserPtr parser;
         CodecPtr parserContext;
+        size_t silentBytes = 0;         // parsed since something came out
         std::vector<PacketPtr> held;    // while codec or stream are not decided
         size_t heldBytes = 0;
         bool sawOrder = false;          // decoding stamps differ from presentation stamps

@@ -13,6 +13,8 @@ constexpr size_t kHeldPackets = 4096;
 constexpr int64_t kEarliestLead = -9000;      // of a presentation stamp before its decoding stamp: 0.1 s
 constexpr int64_t kLatestLead = 180000;       // and behind it: 2 s
 constexpr size_t kHeldBytes = 512 << 10;
+// No picture is larger; a parser of another codec than the bytes are collects for ever, for it finds no end.
+constexpr size_t kMostSilentBytes = 8 << 20;
 
 bool IsMpegAudio(AVCodecID codec)
 {
@@ -110,6 +112,7 @@ bool Demux::DecideCodec(CodedStore::Kind kind, const AVPacket& packet)
 
 bool Demux::StartParser(Track& track)
 {
+    track.silentBytes = 0;
     track.parser.reset(av_parser_init(track.codec));
     track.parserContext.reset(avcodec_alloc_context3(nullptr));
     if (!track.parserContext) {
@@ -171,7 +174,7 @@ void Demux::Cut(CodedStore::Kind kind, const AVPacket& packet, int64_t pts, int6
     }
     const uint8_t* at = packet.data;
     int left = packet.size;
-    while (left > 0) {
+    while (left > 0 && track.parser) {
         uint8_t* out = nullptr;
         int size = 0;
         const int used = av_parser_parse2(track.parser.get(), track.parserContext.get(), &out, &size, at, left, pts, order, 0);
@@ -180,6 +183,7 @@ void Demux::Cut(CodedStore::Kind kind, const AVPacket& packet, int64_t pts, int6
         }
         at += used;
         left -= used;
+        track.silentBytes = size > 0 ? 0 : track.silentBytes + static_cast<size_t>(used);
         pts = order = AV_NOPTS_VALUE;
         if (size > 0) {
             PacketPtr unit(av_packet_alloc());
@@ -191,6 +195,9 @@ void Demux::Cut(CodedStore::Kind kind, const AVPacket& packet, int64_t pts, int6
             Emit(kind, std::move(unit), track.parser->pts, track.parser->dts);
         } else if (used == 0) {
             return;
+        }
+        if (track.silentBytes > kMostSilentBytes) {
+            StartParser(track);
         }
     }
 }

@@ -9,10 +9,6 @@
 #include "host/decoder/Demux.h"
 #include "host/decoder/VideoDecode.h"
 
-extern "C" {
-#include <libavutil/log.h>
-}
-
 namespace {
 
 constexpr uint32_t kMostBuffers = 32;
@@ -69,7 +65,7 @@ MPEGDecoder::Impl::Impl(MPEGDecoder& owner)
       m_Video(m_Opening, m_Store, m_Offsets, m_Clock, m_Present, m_Stats, [this] { m_Ring.ReportError(); }),
       m_Audio(m_Opening, m_Store, m_Offsets, m_Clock, m_Sink, m_Present, m_Stats, [this] { m_Ring.ReportError(); })
 {
-    av_log_set_level(AV_LOG_QUIET);    // damaged streams are everyday life; nobody reads the library's complaints
+    host::PrepareLibrary();
     m_Clock.SetListener([this] {
         m_Sink.FollowClock();
         host::NotifyVideo();

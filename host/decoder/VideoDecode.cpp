@@ -193,10 +193,15 @@ int64_t VideoDecode::DurationOf(const AVFrame& frame)
 // that is in doubt, the answer is waited for, a little longer than there are pictures to show.
 int64_t VideoDecode::PlaceSegment(Opening::Number opening, unsigned segment, int64_t ticks)
 {
+    Clock::time_point asked = Clock::now();
     while (m_bAny && m_Opening.Is(opening) && m_Offsets.IsInDoubt(segment) && !m_Store.HasEnded()) {
-        const Clock::time_point needed = m_Clock.TimeOf(m_nEnd);
         const Clock::time_point now = Clock::now();
-        if (needed != Clock::time_point::max() && now > needed + kVerdictPatience) {
+        if (m_Clock.IsPaused()) {
+            asked = now;
+        }
+        // A clock that stands although nobody holds it may be waiting for the very picture that waits here.
+        const Clock::time_point due = m_Clock.TimeOf(m_nEnd);
+        if (now > (due == Clock::time_point::max() ? asked : due) + kVerdictPatience) {
             break;
         }
         m_Offsets.AwaitVerdict(opening, segment, now + kVerdictPatience);

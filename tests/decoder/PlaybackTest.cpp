@@ -1,9 +1,12 @@
 // Real files through the whole decoder: every picture, in order, in time, in step with the sound.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <sstream>
+
+#include <malloc.h>
 
 #include "platform/CascadeMPEGFile.h"
 #include "platform/CascadeStream.h"
@@ -327,6 +330,52 @@ TEST_F(Playback, DamagedFilesPlayWhatTheyHoldAndEnd)
             EXPECT_FALSE(feeder.HadError());
         }
     }
+}
+
+// Watches the heap while it feeds.
+class WeighingFeeder : public Feeder {
+public:
+    using Feeder::Feeder;
+    ~WeighingFeeder() override { Close(); }
+    unsigned long OnFillBuffer(unsigned char* buffer, unsigned long length) override
+    {
+        const struct mallinfo2 heap = mallinfo2();
+        m_nMost = std::max<size_t>(m_nMost, heap.uordblks + heap.hblkhd);
+        return Feeder::OnFillBuffer(buffer, length);
+    }
+    size_t Most() const { return m_nMost; }
+
+private:
+    std::atomic<size_t> m_nMost{0};
+};
+
+TEST_F(Playback, StreamThatIsNotWhatItsTableSaysDoesNotPileUp)
+{
+    // The first packets hold the tables; then 40 MB under the video's identifier in which no picture ever begins.
+    constexpr size_t kPacket = 188;
+    std::ifstream file(Fixture("video_only.ts"), std::ios::binary);
+    const std::string real((std::istreambuf_iterator<char>(file)), {});
+    size_t tables = 0;
+    while ((real[tables + 1] & 0x1F) != 0x01 || real[tables + 2] != 0) {    // up to the first packet of 0x100
+        tables += kPacket;
+    }
+    std::string bytes = real.substr(0, tables);
+    for (unsigned n = 0; bytes.size() < (40u << 20); ++n) {
+        std::string packet("\x47\x01\0\x10", 4);
+        packet[1] = n == 0 ? '\x41' : '\x01';
+        packet[3] = static_cast<char>(0x10 | n % 16);
+        packet += n == 0 ? std::string("\0\0\1\xE0\0\0\x80\0\0", 9) : std::string();
+        packet.resize(kPacket, '\x55');
+        bytes += packet;
+    }
+    const size_t lead = bytes.size();
+    bytes += real;
+    WeighingFeeder feeder(std::move(bytes));
+    const struct mallinfo2 before = mallinfo2();
+    ASSERT_TRUE(feeder.Start(false, 0x100, 0));
+    ASSERT_TRUE(ui.RunUntil([&] { return Number("frames_shown") > 10; }, 30s)) << FakeUi::Stats();
+    EXPECT_GE(Number("bytes_fed"), static_cast<double>(lead));
+    EXPECT_LE(feeder.Most(), before.uordblks + before.hblkhd + (24u << 20));
 }
 
 TEST_F(Playback, DeinterlacingCanBeTurnedOff)
