@@ -96,7 +96,12 @@ void EListView::SetMessage(const char* text)
 bool EListView::SetSelectedIndex(int index, bool ensureVisible)
 {
     LayOut();    // the rectangle may be new
-    return CursorMoved(m_Scroll.Select(index, ensureVisible));
+    const int top = m_Scroll.Top();
+    const bool moved = CursorMoved(m_Scroll.Select(index, ensureVisible));
+    if (top != m_Scroll.Top()) {
+        Redraw();
+    }
+    return moved;
 }
 
 bool EListView::Move(int steps)

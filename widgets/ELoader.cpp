@@ -118,15 +118,41 @@ void ELoader::Stop()
     LeaveAlone();
 }
 
-// Those left alone are joined when they have come back; one that never does ends with the process.
+namespace {
+
+// Threads that were left alone. They are joined when they have come back; one that never does ends with the process.
+template <typename State> class LeftAlone {
+public:
+    ~LeftAlone()
+    {
+        Reap();
+        for (std::unique_ptr<State>& state : m_States) {
+            state.release();    // joining it would wait for its disk
+        }
+    }
+    void Add(std::unique_ptr<State> state)
+    {
+        Reap();
+        m_States.push_back(std::move(state));
+    }
+
+private:
+    void Reap()
+    {
+        std::erase_if(m_States, [](const std::unique_ptr<State>& state) {
+            const std::lock_guard lock(state->mutex);
+            return !state->running;
+        });
+    }
+    std::vector<std::unique_ptr<State>> m_States;
+};
+
+}    // namespace
+
 void ELoader::LeaveAlone()
 {
-    static auto* const left = new std::vector<std::unique_ptr<State>>;
-    std::erase_if(*left, [](const std::unique_ptr<State>& state) {
-        const std::lock_guard lock(state->mutex);
-        return !state->running;
-    });
-    left->push_back(std::move(m_pState));
+    static LeftAlone<State> left;
+    left.Add(std::move(m_pState));
     m_pState = std::make_unique<State>();
     m_pState->window = &m_Window;
 }
