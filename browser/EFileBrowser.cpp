@@ -8,8 +8,6 @@
 namespace {
 
 constexpr const char* kColumns[] = {"Name", "Size", "Duration", "UUID", "Description"};
-constexpr const char* kDevicePrefix = "upnp:";
-constexpr size_t kDevicePrefixLength = 5;
 
 CascadeString WithSlash(CascadeString path)
 {
@@ -62,6 +60,7 @@ void EFileBrowser::SetGraphicsPath(const char* themeFolder)
 void EFileBrowser::SetIconGraphicsPath(const char* commonFolder)
 {
     m_IconPath = commonFolder;
+    m_Detail.SetFolderPicture(m_IconPath + "folder-extralarge.png");
 }
 
 void EFileBrowser::SetDefaultThumbnail(const char* path)
@@ -120,16 +119,11 @@ bool EFileBrowser::BrowseDirectory(const char* title, const char* startFolder, c
     m_pContext = context;
     m_Reason = kNothingChosen;
     m_Result = FileInfo();
-    m_BreadCrumbs.clear();
-    if (m_StartFolder.Compare(kDevicePrefix, false, false, kDevicePrefixLength) == 0) {
-        const CascadeTokenArray tokens(m_StartFolder, "^");
-        m_PendingDevice = tokens[0].From(kDevicePrefixLength);
-        for (size_t i = 1; i < tokens.GetSize(); ++i) {
-            const CascadeTokenArray pair(tokens[i], "~");
-            if (pair.GetSize() == 2) {
-                m_BreadCrumbs.emplace_back(pair[0], pair[1]);
-            }
-        }
+    m_Server = ServerLocation();
+    m_PendingDevice.Empty();
+    if (const auto location = ServerLocation::Parse(m_StartFolder)) {
+        m_Server = *location;
+        m_PendingDevice = location->uuid;
         m_Place.folder = m_TopFolder;
     }
     m_Place.folder = WithSlash(m_Place.folder);
@@ -160,6 +154,10 @@ void EFileBrowser::OnMaterialize()
     m_Detail.Materialize(kPlane2);
     m_Position.Materialize(kPlane2);
     m_Phase = Phase::kListed;
+    if (!m_PendingDevice.IsEmpty()) {
+        EnterServer(ServerLocation(m_Server));
+        return;
+    }
     if (!m_PendingSelection.IsEmpty() && !IsHttp(m_PendingSelection)) {
         const CascadeString parent = WithSlash(CascadeFSObject(m_PendingSelection).GetParentPath());
         // The top folder itself may be what is to be selected; it is never left upwards.
@@ -188,6 +186,7 @@ void EFileBrowser::Finish(CallbackReason reason, const FileInfo& result)
 void EFileBrowser::OnVanish()
 {
     m_Phase = Phase::kClosed;
+    LeaveServer();
     AbandonJobs();
     for (uint32_t* timer : {&m_nTickTimer, &m_nPollTimer}) {
         if (*timer != 0) {

@@ -23,11 +23,14 @@
 #include "browser/ItemDetail.h"
 #include "browser/LabelWindow.h"
 #include "browser/PlayLookup.h"
+#include "browser/ServerLocation.h"
 #include "browser/TitleSetChoice.h"
 #include "platform/CascadeArrays.h"
 #include "platform/CascadeDirBrowser.h"
+#include "platform/CascadeMediaServers.h"
 #include "platform/CascadeString.h"
 #include "platform/CascadeTimer.h"
+#include "platform/CascadeUPnP.h"
 #include "platform/CascadeWindow.h"
 #include "sources/FileInfo.h"
 #include "widgets/EKeyboardWindow.h"
@@ -37,6 +40,7 @@
 
 class EFileBrowser : public CascadeWindow,
                      public CascadeTimer,
+                     public CascadeUPnP,
                      private EKeyboardWindow::Client,
                      private EInfoWindow::Client,
                      private TitleSetChoice::Client {
@@ -75,8 +79,8 @@ public:
     void SetBackEntry(bool show);    // the top folder begins with an entry that leaves the browser
     void SetFilterLabel(const char* label);    // in place of the label that each filter has
 
-    // Starts on the whole screen; always true. `startFolder` may be a media server's: "upnp:" and its UUID, then
-    // "^" name "~" identifier for each container down to the one to show. The viewer gets no higher than `topFolder`.
+    // Starts on the whole screen; always true. `startFolder` may be a media server's (ServerLocation.h). The viewer
+    // gets no higher than `topFolder`.
     virtual bool BrowseDirectory(const char* title, const char* startFolder, const char* topFolder, const char* browseRoot, FilterType filter,
         CascadeDirBrowser::SelectableObjectType selectable, Callback callback, void* context);
 
@@ -84,6 +88,7 @@ public:
     void SetSelectedFile(const char* path);
     void SetCurrentFolder(const char* path);
     void RescanFolder();
+    void RescanUPnPFolder();    // asks the media server for the container that is shown
     void Dismiss();    // leaves the screen without calling back
 
     // Path of the first file of the largest title set in a DVD folder, which may be given itself or as the
@@ -99,6 +104,7 @@ public:
     bool OnKeyUp(unsigned long key) override;
     bool OnText(const char* utf8) override;
     void OnTimer(unsigned long id) override;
+    void OnAVBrowseResult(unsigned long transaction, TransactionResult result, unsigned long matchCount, AVObjectArray& objects, bool done) override;
 
 private:
     friend struct BrowserKeys;
@@ -106,7 +112,7 @@ private:
     // Everywhere but in kListed the keys do nothing but leave.
     enum class Phase { kClosed, kOpening, kWaiting, kScanning, kAskingPassword, kListed };
 
-    enum class ItemKind : uint8_t { kLeave, kParent, kFolder, kFile, kDevice, kText };
+    enum class ItemKind : uint8_t { kLeave, kParent, kFolder, kFile, kDevice, kContainer, kMedia, kText };
     struct ItemFacts {
         uint64_t totalSize = 0;    // of a recording's files together
         uint32_t parts = 1;
@@ -146,7 +152,6 @@ private:
     void Choose(int item);
     void OnLookup(PlayLookup& lookup);
     void OfferTitleSets();
-    void ChooseDevice(int item);
     void AskPassword();
     void OnKeyboardText(const CascadeString& text) override;
     void OnKeyboardCancelled() override;
@@ -157,6 +162,24 @@ private:
     void Finish(CallbackReason reason, const FileInfo& result);
     void FinishWithItem(CallbackReason reason, int item);
     void FinishWithPath(const CascadeString& path, const CascadeString& location);
+
+    // Media servers (EFileBrowserUPnP.cpp).
+    bool IsInServer() const { return !m_Server.uuid.IsEmpty(); }
+    void ChooseDevice(int item);
+    void EnterServer(const ServerLocation& location);
+    void EnterContainer(int item);
+    void GoUpInServer();
+    void LeaveServer();
+    void ResetUPnPBreadCrumb() { m_Server.crumbs.clear(); }
+    void FillServerList(AVObjectArray& objects);
+    void AddObject(const AVObject& object);
+    void SelectInServer();
+    void FinishWithMedia(int item);
+    void ShowMediaDetail(int item);
+    void ShowServerDetail();
+    static void MountListCallback(const CascadeString& name, const CascadeString& uuid, CascadeMediaServers::Change change, void* context);
+    void MountDevice(const CascadeString& name, const CascadeString& uuid);
+    void UnmountDevice(const CascadeString& uuid);
 
     // Keys (EFileBrowserKeys.cpp); BrowserKeys.h says which key does what.
     bool PerformKey(unsigned long key);
@@ -231,10 +254,13 @@ private:
     CallbackReason m_Reason = kNothingChosen;
     FileInfo m_Result;
 
-    // Media servers: containers from a server's root down to the one shown, as name and identifier.
-    std::vector<std::pair<CascadeString, CascadeString>> m_BreadCrumbs;
-    CascadeString m_DeviceUUID;
-    CascadeString m_LastContainer;
+    // Media servers.
+    ServerLocation m_Server;    // the server and container shown; no UUID: a folder is shown
+    CascadeString m_ServerName;    // as the list had it; empty after a start inside the server
+    AVObjectArray m_BrowseResult;
+    unsigned long m_nBrowse = 0;    // the request whose answer is waited for; 0: none
+    CascadeString m_LastContainer;    // identifier of the one listed last
+    CascadeString m_AwaitedDevice;    // UUID of the server just left, which has not been found again yet
 
     // Work on the browsed disk.
     BackgroundJob<FolderConfig> m_ConfigJob;

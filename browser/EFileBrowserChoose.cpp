@@ -17,6 +17,10 @@ void EFileBrowser::EnterFolder(int item)
 
 void EFileBrowser::GoUp()
 {
+    if (IsInServer()) {
+        GoUpInServer();
+        return;
+    }
     if (IsAtTop()) {
         return;
     }
@@ -33,6 +37,8 @@ void EFileBrowser::OnRightKey()
         EnterFolder(Selected());
     } else if (kind == ItemKind::kDevice) {
         ChooseDevice(Selected());
+    } else if (kind == ItemKind::kContainer) {
+        EnterContainer(Selected());
     }
 }
 
@@ -51,6 +57,12 @@ void EFileBrowser::OnSelectKey()
         break;
     case ItemKind::kDevice:
         ChooseDevice(item);
+        break;
+    case ItemKind::kContainer:
+        EnterContainer(item);
+        break;
+    case ItemKind::kMedia:
+        FinishWithMedia(item);
         break;
     case ItemKind::kText:
         AskPassword();
@@ -124,11 +136,6 @@ void EFileBrowser::OnTitleSet(const FileInfo* chosen)
     const CascadeString path = chosen->path;
     std::printf("returnValue: %s\n", path.Text());
     FinishWithPath(path, item);
-}
-
-void EFileBrowser::ChooseDevice(int /*item*/)
-{
-    ShowNotice("Media servers are not available.");
 }
 
 // For the folder that is being entered or, with a lookup, for the DVD that is to be played.

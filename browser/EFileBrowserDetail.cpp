@@ -163,6 +163,10 @@ void EFileBrowser::AskDetail()
     if (m_Phase != Phase::kListed) {
         return;
     }
+    if (kind == ItemKind::kMedia) {
+        ShowMediaDetail(Selected());
+        return;
+    }
     if (kind != ItemKind::kFile && kind != ItemKind::kFolder) {
         ShowParentDetail();
         return;
@@ -201,6 +205,7 @@ void EFileBrowser::ShowDetail(const ItemDetail& detail)
         content.facts.push_back("Played before");
     }
     AddInfo(content, detail.info);
+    content.isFolder = facts->kind == ItemKind::kFolder;
     content.picture = detail.picture;
     if (content.picture.IsEmpty() && (facts->kind == ItemKind::kFile || detail.isDVD)) {
         content.thumbnailOf = detail.path;
@@ -211,8 +216,13 @@ void EFileBrowser::ShowDetail(const ItemDetail& detail)
 // For "..", and until the cursor has come to rest: the folder itself.
 void EFileBrowser::ShowParentDetail()
 {
+    if (IsInServer()) {
+        ShowServerDetail();
+        return;
+    }
     BrowserDetail::Content content;
     content.heading = m_FolderInfo.title.IsEmpty() ? CascadeFSObject(m_Place.folder).GetName() : Titled(m_FolderInfo);
     AddInfo(content, m_FolderInfo);
+    content.isFolder = true;
     m_Detail.Show(content);
 }

@@ -47,6 +47,9 @@ void EFileBrowser::ShowPosition()
 
 const char* EFileBrowser::FilterLabel() const
 {
+    if (IsInServer()) {
+        return "";
+    }
     if (!m_GivenFilterLabel.IsEmpty()) {
         return m_GivenFilterLabel;
     }
@@ -58,6 +61,12 @@ CascadeString EFileBrowser::PathText() const
 {
     const std::string& folder = m_Place.folder.Str();
     std::string text;
+    if (IsInServer()) {
+        for (const ServerLocation::Crumb& crumb : m_Server.crumbs) {
+            text += (text.empty() ? "" : kStep) + crumb.name.Str();
+        }
+        return CascadeString(text);
+    }
     std::string rest = folder;
     if (m_TopFolder.GetLength() > 1 && folder.starts_with(m_TopFolder.Str())) {
         text = CascadeFSObject(m_TopFolder).GetName().Str();
@@ -113,7 +122,8 @@ void EFileBrowser::PaintHints(CascadeBitmap& bitmap) const
     }
     int x = line.left;
     for (const BrowserKeys::Row& row : BrowserKeys::kRows) {
-        if (row.cap == nullptr || (row.key == Remote::kStop && !m_bDeletion)) {
+        const bool inVain = (row.key == Remote::kStop && !m_bDeletion) || (row.key == Remote::kLeft && IsAtTop() && !IsInServer());
+        if (row.cap == nullptr || inVain) {
             continue;
         }
         const CascadeDims cap = font.GetTextExtent(row.cap);

@@ -41,6 +41,7 @@ bool EFileBrowser::PerformKey(unsigned long key)
 void EFileBrowser::MoveCursor(bool moved)
 {
     if (moved) {
+        m_AwaitedDevice.Empty();
         ShowPosition();
         StartCountdown(m_nDetailCountdown, kDetailTicks);
     }
@@ -68,6 +69,10 @@ bool EFileBrowser::OnText(const char* utf8)
 
 void EFileBrowser::OnFilterKey()
 {
+    if (IsInServer()) {
+        ShowNotice("Filters are for folders.");
+        return;
+    }
     FinishWithItem(kFolderChosen, Selected());
 }
 

@@ -41,6 +41,7 @@ bool EFileBrowser::IsAtTop() const
 void EFileBrowser::SetCurrentFolder(const char* path)
 {
     const CascadeString given(path);
+    LeaveServer();
     AbandonJobs();
     HideWait();
     m_Place.previous = m_Place.folder;
@@ -172,9 +173,10 @@ int EFileBrowser::AddItem(const char* name, const char* tag, const ItemFacts& fa
     const int item = m_List.AddItem(name);
     m_List.SetTag(item, tag);
     const bool back = facts.kind == ItemKind::kParent || facts.kind == ItemKind::kLeave;
-    const auto& icons = back ? kParentIcons : (facts.kind == ItemKind::kFile ? kFileIcons : kFolderIcons);
+    const bool file = facts.kind == ItemKind::kFile || facts.kind == ItemKind::kMedia;
+    const auto& icons = back ? kParentIcons : (file ? kFileIcons : kFolderIcons);
     // The small icons of folders are the platform's own.
-    const CascadeString small = facts.kind == ItemKind::kFile ? m_IconPath + icons[0] : CascadeString(CascadeGraphicsFolder()) + icons[0];
+    const CascadeString small = file ? m_IconPath + icons[0] : CascadeString(CascadeGraphicsFolder()) + icons[0];
     m_List.SetIcons(item, small, m_IconPath + icons[1], m_IconPath + icons[2]);
     m_Facts.push_back(facts);
     return item;
@@ -247,6 +249,7 @@ int EFileBrowser::ChooseCursor()
         m_PendingSelection.Empty();
     } else if (!m_PendingDevice.IsEmpty()) {
         found = m_List.FindText(m_List.GetColumn("UUID"), m_PendingDevice);
+        m_AwaitedDevice = found < 0 ? m_PendingDevice : CascadeString();
         m_PendingDevice.Empty();
     } else if (m_Place.folder.GetLength() < m_Place.previous.GetLength()) {
         found = m_List.FindTag(WithoutSlash(m_Place.previous));
@@ -273,6 +276,10 @@ void EFileBrowser::ShowTextLine(const char* text)
 // The viewer does not want to wait for a folder any longer. What it was to replace is still on the list.
 void EFileBrowser::LeaveWait()
 {
+    if (IsInServer()) {
+        CancelAVBrowse();    // its answer lists what has come
+        return;
+    }
     AbandonJobs();
     HideWait();
     m_PendingSelection.Empty();
@@ -293,6 +300,7 @@ void EFileBrowser::CatalogDevices(const FolderListing& listing)
     const bool start = m_Place.folder == m_StartFolder || m_Place.folder == m_StartFolder + "/";
     if (!listing.holdsDevices && (m_Place.folder == m_TopFolder || start)) {
         std::printf("should be cataloging...\n");
+        CascadeMediaServers::Watch(MountListCallback, this);
     }
 }
 
