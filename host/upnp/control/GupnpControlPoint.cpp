@@ -1,5 +1,7 @@
 // The control point on GUPnP's networks and discovery, run by one thread with a main context of its own.
+#include <deque>
 #include <map>
+#include <mutex>
 #include <utility>
 
 #include "host/upnp/ControlPoint.h"
@@ -63,24 +65,34 @@ public:
     }
 
 private:
-    struct Work {
-        std::function<void()> run;
-    };
-
     // Everything runs on the thread of Run, in the order of the calls.
-    void Post(std::function<void()> run)
+    void Post(std::function<void()> work)
     {
+        {
+            const std::lock_guard lock(m_Mutex);
+            m_Work.push_back(std::move(work));
+        }
         GSource* const source = g_idle_source_new();
         g_source_set_priority(source, G_PRIORITY_DEFAULT);
         g_source_set_callback(
             source,
-            [](gpointer work) {
-                static_cast<Work*>(work)->run();
+            [](gpointer self) {
+                static_cast<GupnpControlPoint*>(self)->RunNext();
                 return static_cast<gboolean>(G_SOURCE_REMOVE);
             },
-            new Work {std::move(run)}, [](gpointer work) { delete static_cast<Work*>(work); });
+            this, nullptr);
         g_source_attach(source, m_pContext.get());
         g_source_unref(source);
+    }
+    void RunNext()
+    {
+        std::function<void()> work;
+        {
+            const std::lock_guard lock(m_Mutex);
+            work = std::move(m_Work.front());
+            m_Work.pop_front();
+        }
+        work();
     }
 
     void Begin(const BrowseOrder& order);
@@ -91,6 +103,9 @@ private:
 
     const std::unique_ptr<GMainContext, ReleaseContext> m_pContext {g_main_context_new()};
     const std::unique_ptr<GMainLoop, ReleaseLoop> m_pLoop {g_main_loop_new(m_pContext.get(), FALSE)};
+
+    std::mutex m_Mutex;
+    std::deque<std::function<void()>> m_Work;    // guarded by m_Mutex; an idle source for each
 
     // The thread's own, while it runs.
     ControlPointEvents m_Events;
