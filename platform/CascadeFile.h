@@ -2,7 +2,8 @@
 //
 // Units:     sizes are bytes, 64-bit. Paths are UTF-8 or whatever bytes the file system holds.
 // Errors:    answers false, 0 or empty; nothing is printed.
-// Threads:   one thread at a time per object. Operations block on the disk.
+// Threads:   one thread at a time per object. Operations block on the disk, on the user-interface thread and the
+//            decoder's feed as IsAwake says; what gives up there answers that nothing is there.
 // Ownership: values.
 #pragma once
 
@@ -25,6 +26,12 @@ public:
 
     explicit CascadeFSObject(const char* path) : m_Path(path) {}
     virtual ~CascadeFSObject() = default;
+
+    // Asks the disk or the server behind a path for a sign of life. On the user-interface thread the loop turns
+    // when that takes long (CascadeApp::IsWaiting), and like the decoder's feed it gives up when its wait is
+    // ended: false, and so after `patienceMs`, if that is not 0. Whatever the answer would be, and on every other
+    // thread: true.
+    static bool IsAwake(const char* path, uint32_t patienceMs = 0);
 
     static bool Exists(const char* path);
     bool Exists() const { return Exists(m_Path); }

@@ -11,6 +11,7 @@
 #include <atomic>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "platform/CascadeFile.h"
@@ -45,9 +46,11 @@ private:
 // A stream on a file of any size. A recording under way is waited for a short while at its end (at most 3 s,
 // ended at once by pause and close) before a read is answered short: a file that has grown since it was
 // opened and, on a thread whose waits can be ended (the decoder feed), one written in the last three seconds.
+// A disk that wakes up or a share that is gone holds up no thread whose wait can be ended: an opening then
+// fails, a read answers 0 and was interrupted.
 class CascadeFileStream : public CascadeStream {
 public:
-    CascadeFileStream() = default;
+    CascadeFileStream();
     ~CascadeFileStream() override;
     CascadeFileStream(const CascadeFileStream&) = delete;
     CascadeFileStream& operator=(const CascadeFileStream&) = delete;
@@ -55,7 +58,7 @@ public:
     // Only regular files, block devices and links to them; a folder, a socket or a pipe is refused.
     [[nodiscard]] bool Open(const CascadeFile& file);
     void Close();
-    bool IsOpen() const { return m_Fd >= 0; }
+    bool IsOpen() const { return m_pFile != nullptr; }
 
     unsigned long long GetSize() override;    // as the file is now
     unsigned long long GetPosition() override;
@@ -63,8 +66,13 @@ public:
     unsigned long ReadBytes(unsigned long count, void* buffer) override;
     bool WasInterrupted() const override { return m_bInterrupted; }
 
+    struct File;    // the platform's own
+
 private:
-    int m_Fd = -1;
+    bool MayBeGrowing() const;
+    bool AwaitGrowth(unsigned char* to, unsigned long count, unsigned long long position, unsigned long& done);
+
+    std::shared_ptr<File> m_pFile;
     std::atomic<unsigned long long> m_nPosition{0};
     unsigned long long m_nSizeAtOpen = 0;
     bool m_bInterrupted = false;

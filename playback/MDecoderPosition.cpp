@@ -15,7 +15,7 @@ namespace {
 bool CurrentFileSize(const MHWDecoder::Place& place, long long& size)
 {
     struct stat status { };
-    if (place.kind != MHWDecoder::Kind::kFile || stat(place.files.GetCurrent(), &status) != 0) {
+    if (place.kind != MHWDecoder::Kind::kFile || !CascadeFSObject::IsAwake(place.files.GetCurrent()) || stat(place.files.GetCurrent(), &status) != 0) {
         return false;
     }
     size = status.st_size;

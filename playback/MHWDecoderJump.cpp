@@ -15,7 +15,8 @@ constexpr int kMostJumpRounds = 1000;
 long long CurrentFileSize(const FeedSource& source)
 {
     struct stat status { };
-    if (dynamic_cast<CascadeFileStream*>(source.m_pStream.get()) != nullptr && stat(source.m_FileList.GetCurrent(), &status) == 0) {
+    const char* const current = source.m_FileList.GetCurrent();
+    if (dynamic_cast<CascadeFileStream*>(source.m_pStream.get()) != nullptr && CascadeFSObject::IsAwake(current) && stat(current, &status) == 0) {
         std::printf("Using stat for file size: ");
         return status.st_size;
     }

@@ -1,6 +1,12 @@
 #include "playback/SideFileWriter.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include "platform/AtomicFile.h"
@@ -8,6 +14,10 @@
 #include "playback/FileSettings.h"
 
 namespace {
+
+// A medium that takes longer for a text is asked for a sign of life, and given up after so much more.
+constexpr auto kUsualTime = std::chrono::milliseconds(500);
+constexpr uint32_t kPatienceMs = 4000;
 
 // False when it cannot be written. A file that says the same already is left alone.
 bool WriteUnlessForeign(const CascadeString& path, const std::string& text)
@@ -25,22 +35,41 @@ bool WriteUnlessForeign(const CascadeString& path, const std::string& text)
 
 }    // namespace
 
+struct SideFileWriter::State {
+    std::thread thread;    // the caller's alone
+    std::mutex mutex;    // of all below
+    std::condition_variable changed;
+    CascadeString path;
+    std::optional<std::string> waiting;
+    bool writing = false;
+    bool stop = false;
+    bool told = false;    // that this recording's file cannot be written
+};
+
+SideFileWriter::SideFileWriter()
+    : m_pState(std::make_shared<State>())
+{
+}
+
 SideFileWriter::~SideFileWriter()
 {
+    WaitUntilIdle();
     {
-        const std::lock_guard lock(m_Mutex);
-        m_bStop = true;
+        const std::lock_guard lock(m_pState->mutex);
+        m_pState->stop = true;
     }
-    m_Changed.notify_all();
-    m_Thread.WaitUntilFinished();
+    m_pState->changed.notify_all();
+    if (m_bStarted) {
+        m_pState->thread.join();
+    }
 }
 
 void SideFileWriter::Begin(const CascadeString& path)
 {
-    std::unique_lock lock(m_Mutex);
-    WaitUntilIdle(lock);    // a text belongs to the recording that it was made for
-    m_Path = path;
-    m_bTold = false;
+    WaitUntilIdle();    // a text belongs to the recording that it was made for
+    const std::lock_guard lock(m_pState->mutex);
+    m_pState->path = path;
+    m_pState->told = false;
 }
 
 void SideFileWriter::Save(std::string text)
@@ -50,63 +79,79 @@ void SideFileWriter::Save(std::string text)
 
 void SideFileWriter::Finish(std::string text)
 {
-    if (!Post(text)) {
-        Write(m_Path, text);    // no thread is to be had: late is better than never
-        return;
+    if (Post(text)) {
+        WaitUntilIdle();
+    } else {
+        Write(*m_pState, m_pState->path, text);    // no thread is to be had: late is better than never
     }
-    std::unique_lock lock(m_Mutex);
-    WaitUntilIdle(lock);
 }
 
 // False: the box has no thread left, and nothing waits.
 bool SideFileWriter::Post(std::string text)
 {
     if (!m_bStarted) {
-        m_bStarted = m_Thread.Start(&Run, this);
-        if (!m_bStarted) {
+        try {
+            m_pState->thread = std::thread([state = m_pState] { WriteAll(*state); });
+        } catch (const std::system_error&) {
             return false;
         }
+        m_bStarted = true;
     }
     {
-        const std::lock_guard lock(m_Mutex);
-        m_Waiting = std::move(text);
+        const std::lock_guard lock(m_pState->mutex);
+        m_pState->waiting = std::move(text);
     }
-    m_Changed.notify_all();
+    m_pState->changed.notify_all();
     return true;
 }
 
-void SideFileWriter::WaitUntilIdle(std::unique_lock<std::mutex>& lock)
+// A thread whose medium is gone is left to itself; what comes next gets a new one.
+void SideFileWriter::WaitUntilIdle()
 {
-    m_Changed.wait(lock, [this] { return !m_Waiting && !m_bWriting; });
-}
-
-void SideFileWriter::WriteAll()
-{
-    std::unique_lock lock(m_Mutex);
-    for (;;) {
-        m_Changed.wait(lock, [this] { return m_Waiting || m_bStop; });
-        if (!m_Waiting) {
+    std::unique_lock lock(m_pState->mutex);
+    const auto idle = [this] { return !m_pState->waiting && !m_pState->writing; };
+    while (!m_pState->changed.wait_for(lock, kUsualTime, idle)) {
+        const CascadeString path = m_pState->path;
+        lock.unlock();
+        if (!CascadeFSObject::IsAwake(path, kPatienceMs)) {
+            std::printf("Can not open settings file for writing\n");
+            std::fflush(stdout);
+            m_pState->thread.detach();
+            m_pState = std::make_shared<State>();
+            m_bStarted = false;
             return;
         }
-        const std::string text = *std::exchange(m_Waiting, std::nullopt);
-        const CascadeString path = m_Path;
-        m_bWriting = true;
-        lock.unlock();
-        Write(path, text);
         lock.lock();
-        m_bWriting = false;
-        m_Changed.notify_all();
+    }
+}
+
+void SideFileWriter::WriteAll(State& state)
+{
+    std::unique_lock lock(state.mutex);
+    for (;;) {
+        state.changed.wait(lock, [&] { return state.waiting || state.stop; });
+        if (!state.waiting) {
+            return;
+        }
+        const std::string text = *std::exchange(state.waiting, std::nullopt);
+        const CascadeString path = state.path;
+        state.writing = true;
+        lock.unlock();
+        Write(state, path, text);
+        lock.lock();
+        state.writing = false;
+        state.changed.notify_all();
     }
 }
 
 // One thread at a time: the worker, or the caller when there is none.
-void SideFileWriter::Write(const CascadeString& path, const std::string& text)
+void SideFileWriter::Write(State& state, const CascadeString& path, const std::string& text)
 {
     if (WriteUnlessForeign(path, text)) {
         return;
     }
-    const std::lock_guard lock(m_Mutex);
-    if (!std::exchange(m_bTold, true)) {
+    const std::lock_guard lock(state.mutex);
+    if (!std::exchange(state.told, true)) {
         std::printf("Can not open settings file for writing\n");
         std::fflush(stdout);
     }

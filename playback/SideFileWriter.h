@@ -2,21 +2,20 @@
 //
 // Errors:    what cannot be written is told on standard output, once for a recording. A file of that name
 //            that is no side file is never overwritten.
-// Threads:   one thread calls; Save returns at once, Finish and the destructor wait for the medium.
-// Ownership: owns its thread, which starts with the first text and sleeps between them.
+// Threads:   one thread calls; Save returns at once. Begin, Finish and the destructor wait for the medium, and
+//            give up one that gives no sign of life (CascadeFSObject::IsAwake).
+// Ownership: owns its thread, which starts with the first text and sleeps between them. A thread that was given
+//            up with its medium keeps its own state and ends when it can.
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
-#include <optional>
+#include <memory>
 #include <string>
 
 #include "platform/CascadeString.h"
-#include "platform/CascadeThread.h"
 
 class SideFileWriter {
 public:
-    SideFileWriter() = default;
+    SideFileWriter();
     ~SideFileWriter();    // what is still waiting is written
     SideFileWriter(const SideFileWriter&) = delete;
     SideFileWriter& operator=(const SideFileWriter&) = delete;
@@ -26,19 +25,12 @@ public:
     void Finish(std::string text);    // as Save; all is done when it returns
 
 private:
-    static void Run(void* context) { static_cast<SideFileWriter*>(context)->WriteAll(); }
+    struct State;
+    static void WriteAll(State& state);
+    static void Write(State& state, const CascadeString& path, const std::string& text);
     bool Post(std::string text);
-    void WriteAll();
-    void Write(const CascadeString& path, const std::string& text);
-    void WaitUntilIdle(std::unique_lock<std::mutex>& lock);
+    void WaitUntilIdle();
 
-    CascadeThread m_Thread;
+    std::shared_ptr<State> m_pState;    // shared with the thread alone
     bool m_bStarted = false;    // the caller's alone
-    std::mutex m_Mutex;    // of all below
-    std::condition_variable m_Changed;
-    CascadeString m_Path;
-    std::optional<std::string> m_Waiting;
-    bool m_bWriting = false;
-    bool m_bStop = false;
-    bool m_bTold = false;    // that this recording's file cannot be written
 };

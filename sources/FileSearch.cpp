@@ -115,7 +115,7 @@ FileSearch::Members FileSearch::Scan() const
     Members members;
     // The folder of a file in the root has no name once its "/" is cut.
     const char* folder = m_Path.IsEmpty() && m_Name.Str().starts_with('/') ? "/" : m_Path.Text();
-    members.m_Folder = open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    members.m_Folder = CascadeFSObject::IsAwake(folder) ? open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;
     if (members.m_Folder >= 0) {
         members.m_nCount = scandirat(members.m_Folder, ".", &members.m_pEntries, FileSearchSelect, CompareBytes);
     }

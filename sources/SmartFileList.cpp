@@ -63,7 +63,7 @@ const char* SmartFileList::GetPrevFile()
 unsigned long long SmartFileList::GetCurrentFileSize() const
 {
     struct stat status { };
-    if (stat(m_Current, &status) != 0) {
+    if (!CascadeFSObject::IsAwake(m_Current) || stat(m_Current, &status) != 0) {
         std::printf("stat of %s failed!\n", m_Current.Text());
         return 0;
     }

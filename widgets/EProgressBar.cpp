@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/CascadeFile.h"
 #include "platform/CascadeScreen.h"
 #include "playback/MDecoder.h"
 #include "sources/FileList.h"
@@ -10,6 +11,7 @@
 
 namespace {
 
+constexpr uint32_t kDiskPatienceMs = 200;
 constexpr uint32_t kTickMs = 100;
 constexpr uint32_t kTicksPerRedraw = 5;
 constexpr int kFontSize = 18;
@@ -68,7 +70,11 @@ void EProgressBar::Display(MDecoder* decoder, unsigned long timeMs)
     }
     m_nRemainingMs = static_cast<uint32_t>(timeMs);
     m_pDecoder = decoder;
-    m_Marks = MarksOf(*decoder);
+    // The marks are not worth waiting for: those of the last time stand while the disk or its server is silent.
+    const bool onDisk = !decoder->CurStreamIsHTTP() && !decoder->CurStreamIsISO();
+    if (!onDisk || CascadeFSObject::IsAwake(decoder->GetOriginalFileName(), kDiskPatienceMs)) {
+        m_Marks = MarksOf(*decoder);
+    }
 
     const CascadeDims screen = CascadeScreen::GetDims();
     SetRect({0, screen.height - kBandHeight, screen.width, kBandHeight});

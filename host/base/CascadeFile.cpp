@@ -10,6 +10,8 @@
 #include <system_error>
 #include <utility>
 
+#include "host/base/DiskCall.h"
+
 namespace {
 
 std::string_view WithoutTrailingSlashes(std::string_view path)
@@ -32,15 +34,29 @@ struct CloseFolder {
 
 }    // namespace
 
+bool CascadeFSObject::IsAwake(const char* path, uint32_t patienceMs)
+{
+    if (path == nullptr || !host::CanEndWait()) {
+        return true;
+    }
+    const auto ask = [path = CascadeString(path)] {
+        // A listing is what a folder is asked for next; without one its attributes may come from memory.
+        if (const std::unique_ptr<DIR, CloseFolder> folder(IsFolder(path) ? opendir(path) : nullptr); folder) {
+            readdir(folder.get());
+        }
+    };
+    return (patienceMs == 0 ? host::CallDisk(ask) : host::CallDisk(ask, std::chrono::milliseconds(patienceMs))) == host::WaitResult::kDone;
+}
+
 bool CascadeFSObject::Exists(const char* path)
 {
     struct stat status { };
-    return path != nullptr && stat(path, &status) == 0;
+    return path != nullptr && IsAwake(path) && stat(path, &status) == 0;
 }
 
 bool CascadeFSObject::IsDirectory() const
 {
-    return IsFolder(m_Path);
+    return IsAwake(m_Path) && IsFolder(m_Path);
 }
 
 CascadeString CascadeFSObject::GetName() const
@@ -99,7 +115,7 @@ CascadeString CascadeFile::GetFilenameExtension() const
 CascadeDirScanner::CascadeDirScanner(const char* folder, CascadeFSObject::Selector* selector)
     : m_Folder(folder)
 {
-    const std::unique_ptr<DIR, CloseFolder> entries(opendir(m_Folder));
+    const std::unique_ptr<DIR, CloseFolder> entries(CascadeFSObject::IsAwake(m_Folder) ? opendir(m_Folder) : nullptr);
     if (!entries) {
         return;
     }

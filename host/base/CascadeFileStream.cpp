@@ -1,13 +1,18 @@
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <ctime>
+#include <memory>
 #include <mutex>
+#include <utility>
+#include <vector>
 
+#include "host/base/DiskCall.h"
 #include "host/base/UiQueue.h"
 #include "platform/CascadeStream.h"
 
@@ -62,12 +67,14 @@ bool WasWrittenLately(int fd)
     return std::chrono::abs(std::chrono::seconds(now.tv_sec - status.st_mtim.tv_sec)) <= kGrowthWait;
 }
 
-// Bytes read at `position`; fewer only at the end or after an error.
-unsigned long ReadAt(int fd, unsigned char* to, unsigned long count, unsigned long long position)
+// Bytes read at `position`; fewer only at the end, after an error or, with RWF_NOWAIT in `flags`, before what is
+// not in memory.
+unsigned long ReadAt(int fd, unsigned char* to, unsigned long count, unsigned long long position, int flags)
 {
     unsigned long done = 0;
     while (done < count) {
-        const ssize_t got = pread(fd, to + done, count - done, static_cast<off_t>(position + done));
+        const iovec rest = {to + done, count - done};
+        const ssize_t got = preadv2(fd, &rest, 1, static_cast<off_t>(position + done), flags);
         if (got > 0) {
             done += static_cast<unsigned long>(got);
         } else if (got == 0 || errno != EINTR) {
@@ -87,37 +94,105 @@ host::WaitResult Rest(host::Clock::time_point until)
 
 }    // namespace
 
-CascadeFileStream::~CascadeFileStream()
+// Shared with the calls to the disk that were given up.
+struct CascadeFileStream::File {
+    int fd = -1;
+    std::atomic<unsigned long long> size{0};    // when it was asked last
+    std::atomic<int> hanging{0};    // calls that were given up and have not come back
+
+    ~File()
+    {
+        if (fd >= 0) {
+            close(fd);
+        }
+    }
+};
+
+namespace {
+
+using SharedFile = std::shared_ptr<CascadeFileStream::File>;
+
+// False: the wait was ended, and the call runs on without us.
+bool CallFor(const SharedFile& file, std::function<void(CascadeFileStream::File&)> work)
 {
-    Close();
+    ++file->hanging;
+    const auto call = [file, work = std::move(work)] {
+        work(*file);
+        --file->hanging;
+    };
+    return host::CallDisk(call) == host::WaitResult::kDone;
 }
+
+// What is in memory is read here, what the disk has to bring where a wait can be ended. False: it was ended.
+bool Read(const SharedFile& file, unsigned char* to, unsigned long count, unsigned long long position, unsigned long& done)
+{
+    done = 0;
+    if (!host::CanEndWait()) {
+        done = ReadAt(file->fd, to, count, position, 0);
+        return true;
+    }
+    errno = 0;
+    done = ReadAt(file->fd, to, count, position, RWF_NOWAIT);
+    if (done == count || errno == 0) {
+        return true;
+    }
+    struct Answer {
+        std::vector<unsigned char> bytes;
+        unsigned long count = 0;
+    };
+    const auto rest = std::make_shared<Answer>();
+    rest->bytes.resize(count - done);
+    const bool ended = !CallFor(file, [rest, from = position + done](CascadeFileStream::File& of) {
+        rest->count = ReadAt(of.fd, rest->bytes.data(), rest->bytes.size(), from, 0);
+    });
+    if (ended) {
+        return false;
+    }
+    std::copy_n(rest->bytes.data(), rest->count, to + done);
+    done += rest->count;
+    return true;
+}
+
+}    // namespace
+
+CascadeFileStream::CascadeFileStream() = default;
+
+CascadeFileStream::~CascadeFileStream() = default;
 
 bool CascadeFileStream::Open(const CascadeFile& file)
 {
-    const int fd = OpenReadable(file.GetPath());
-    if (fd < 0) {
+    const auto opened = std::make_shared<File>();
+    const bool ended = !CallFor(opened, [path = file.GetPath()](File& as) {
+        as.fd = OpenReadable(path);
+        as.size = as.fd < 0 ? 0 : SizeOf(as.fd);
+    });
+    if (ended || opened->fd < 0) {
         return false;
     }
     Close();
-    m_Fd = fd;
-    m_nSizeAtOpen = SizeOf(fd);
+    m_pFile = opened;
+    m_nSizeAtOpen = opened->size;
     return true;
 }
 
 void CascadeFileStream::Close()
 {
-    if (m_Fd >= 0) {
-        close(m_Fd);
-        m_Fd = -1;
-    }
+    m_pFile.reset();
     m_nPosition = 0;
     m_nSizeAtOpen = 0;
     m_bInterrupted = false;
 }
 
+// While a server does not answer, the size is the one it told last.
 unsigned long long CascadeFileStream::GetSize()
 {
-    return m_Fd < 0 ? 0 : SizeOf(m_Fd);
+    if (m_pFile == nullptr) {
+        return 0;
+    }
+    if (m_pFile->hanging == 0) {
+        CallFor(m_pFile, [](File& of) { of.size = SizeOf(of.fd); });
+    }
+    return m_pFile->size;
 }
 
 unsigned long long CascadeFileStream::GetPosition()
@@ -127,7 +202,7 @@ unsigned long long CascadeFileStream::GetPosition()
 
 bool CascadeFileStream::SeekToPosition(unsigned long long position)
 {
-    if (m_Fd < 0 || position > SizeOf(m_Fd)) {
+    if (m_pFile == nullptr || (position > m_pFile->size && position > GetSize())) {
         return false;
     }
     m_nPosition = position;
@@ -137,25 +212,43 @@ bool CascadeFileStream::SeekToPosition(unsigned long long position)
 unsigned long CascadeFileStream::ReadBytes(unsigned long count, void* buffer)
 {
     m_bInterrupted = false;
-    if (m_Fd < 0) {
+    if (m_pFile == nullptr) {
         return 0;
     }
     auto* const to = static_cast<unsigned char*>(buffer);
     const unsigned long long position = m_nPosition;
-    unsigned long done = ReadAt(m_Fd, to, count, position);
-    if (done < count && (position + done > m_nSizeAtOpen || (host::InterruptToken::Current() != nullptr && WasWrittenLately(m_Fd)))) {
-        const auto deadline = host::Clock::now() + kGrowthWait;
-        while (done < count && host::Clock::now() < deadline) {
-            if (Rest(std::min(deadline, host::Clock::now() + kGrowthPoll)) == host::WaitResult::kInterrupted) {
-                m_bInterrupted = true;
-                return 0;
-            }
-            done += ReadAt(m_Fd, to + done, count - done, position + done);
-        }
-        if (done < count) {
-            m_nSizeAtOpen = position + done;    // the recording is over: its end is not waited for twice
-        }
+    unsigned long done = 0;
+    m_bInterrupted = !Read(m_pFile, to, count, position, done);
+    if (!m_bInterrupted && done < count && (position + done > m_nSizeAtOpen || MayBeGrowing())) {
+        m_bInterrupted = !AwaitGrowth(to, count, position, done);
+    }
+    if (m_bInterrupted) {
+        return 0;
     }
     m_nPosition = position + done;
     return done;
+}
+
+// Only the decoder's feed waits for a file that has not grown yet.
+bool CascadeFileStream::MayBeGrowing() const
+{
+    return host::InterruptToken::Current() != nullptr && WasWrittenLately(m_pFile->fd);
+}
+
+// False: the wait was ended.
+bool CascadeFileStream::AwaitGrowth(unsigned char* to, unsigned long count, unsigned long long position, unsigned long& done)
+{
+    const auto deadline = host::Clock::now() + kGrowthWait;
+    while (done < count && host::Clock::now() < deadline) {
+        unsigned long more = 0;
+        if (Rest(std::min(deadline, host::Clock::now() + kGrowthPoll)) == host::WaitResult::kInterrupted
+            || !Read(m_pFile, to + done, count - done, position + done, more)) {
+            return false;
+        }
+        done += more;
+    }
+    if (done < count) {
+        m_nSizeAtOpen = position + done;    // the recording is over: its end is not waited for twice
+    }
+    return true;
 }

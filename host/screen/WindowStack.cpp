@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "host/base/DiskCall.h"
 #include "host/base/UiQueue.h"
 
 namespace screen {
@@ -151,7 +152,10 @@ Layer WindowStack::PaintWindow(CascadeWindow& window, CascadeDims output)
         return {};
     }
     bitmap.SetOrigin({rect.left, rect.top});
-    window.OnPaint(bitmap);
+    {
+        const host::NoTurnScope noTurn;    // a window that asks the disk while it paints is not painted inside that
+        window.OnPaint(bitmap);
+    }
     auto* const painted = static_cast<cairo_surface_t*>(bitmap.NativeSurface());
     if (painted == nullptr) {
         return {};

@@ -61,8 +61,8 @@ class StoppingShare:
         return self
 
     def __exit__(self, *_):
-        libc.umount2(self.folder.encode(), DETACH)
         self.running.set()
+        libc.umount2(self.folder.encode(), DETACH)
         self.server.join(5)
         os.close(self.device)
         shutil.rmtree(self.folder, ignore_errors=True)
