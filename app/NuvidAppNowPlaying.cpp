@@ -49,7 +49,7 @@ void NuvidApp::OnNowPlaying(CascadeNowPlaying& now)
     now.state = state == 1 ? CascadeNowPlaying::State::kPlaying : state == 2 ? CascadeNowPlaying::State::kPaused : CascadeNowPlaying::State::kStopped;
     const char* const name = m_Decoder.GetCurFileName();
     now.title = m_CurrentEntry.title.IsEmpty() ? CascadeString(name) : m_CurrentEntry.title;
-    now.path = m_Decoder.GetCurFile();
+    now.path = m_Decoder.GetOriginalFileName();    // of numbered files the one that was opened: they are one recording
 
     const uint64_t position = m_Decoder.GetCurFilePosition();
     RefreshMarks(m_Marks.PositionInWhole(name == nullptr ? "" : name, position));

@@ -12,7 +12,7 @@ packages_fonts="fonts-dejavu-core fonts-noto-core fonts-noto-cjk fonts-noto-colo
 
 packages_run="ffmpeg"
 
-packages_test="libgtest-dev libgmock-dev python3 curl minidlna dvdauthor genisoimage xorriso nginx-light|nginx-core|nginx-full|nginx iproute2 util-linux"
+packages_test="libgtest-dev libgmock-dev python3 chromium playerctl dbus-bin dbus-daemon curl minidlna dvdauthor genisoimage xorriso nginx-light|nginx-core|nginx-full|nginx iproute2 util-linux"
 
 packages_bench="libbenchmark-dev xvfb mpv xdotool"
 

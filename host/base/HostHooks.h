@@ -45,6 +45,10 @@ void StopRemoteServices();
 void StartLibraryServices();
 void StopLibraryServices();
 
+// Defined in host/desktop: the desktop's media keys and panels, where there is a session bus.
+void StartDesktopServices();
+void StopDesktopServices();
+
 // Defined in host/network: claims external commands whose first word is `prefix`; `handler` runs on the
 // user-interface thread with the whole command and answers the reply.
 void ClaimCommandPrefix(const std::string& prefix, std::function<std::string(const std::string& command)> handler);

@@ -96,6 +96,7 @@ int CascadeApp::Run(int argc, char** argv)
     loop.Start(host::CurrentHostOptions());
     host::StartRemoteServices();    // without these the player plays all the same; they have said why
     host::StartNetworkServices();
+    host::StartDesktopServices();
     TimerQueue::Instance().CountFrom(host::Clock::now() - std::chrono::milliseconds(MillisecondsSinceProcessStart()));
     OnAppInit();
     TimerQueue::Instance().CountFrom(std::nullopt);
@@ -106,6 +107,7 @@ int CascadeApp::Run(int argc, char** argv)
     }
     OnAppExit();
     host::StopLibraryServices();
+    host::StopDesktopServices();
     host::StopNetworkServices();
     host::StopRemoteServices();
     loop.Stop();

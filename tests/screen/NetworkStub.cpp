@@ -28,6 +28,8 @@ bool StartRemoteServices()
 }
 
 void StopRemoteServices() { }
+void StartDesktopServices() { }
+void StopDesktopServices() { }
 
 void StartLibraryServices() {}
 void StopLibraryServices() {}
