@@ -74,6 +74,9 @@ void BrowserDetail::OnMaterialize()
         m_Default.CreateFromFile(m_DefaultPath);
         m_Picture.SetDefaultImage(&m_Default);
     }
+    if (m_Folder.IsEmpty() && !m_FolderPath.IsEmpty()) {
+        m_Folder.CreateFromFile(m_FolderPath);
+    }
     ShowPicture();
 }
 
@@ -142,7 +145,7 @@ void BrowserDetail::PaintPicture(CascadeBitmap& bitmap) const
     if (!m_Content.picture.IsEmpty()) {
         return;    // the widget lies above
     }
-    const CascadeBitmap& picture = m_Thumbnail.IsEmpty() ? m_Default : m_Thumbnail;
+    const CascadeBitmap& picture = !m_Thumbnail.IsEmpty() ? m_Thumbnail : (m_Content.isFolder ? m_Folder : m_Default);
     const CascadeDims dims = picture.GetDims();
     if (dims.width <= 0 || dims.height <= 0) {
         return;

@@ -22,12 +22,14 @@ public:
         CascadeString text;
         CascadeString picture;    // JPEG; empty: none
         CascadeString thumbnailOf;    // without a picture: the recording to ask one of; empty: none
+        bool isFolder = false;
     };
 
     BrowserDetail();
 
     void SetGraphicsPath(const char* folder);    // of the theme, with a trailing "/"
-    void SetDefaultThumbnail(const char* path) { m_DefaultPath = path; }
+    void SetDefaultThumbnail(const char* path) { m_DefaultPath = path; }    // of recordings
+    void SetFolderPicture(const char* path) { m_FolderPath = path; }
     void Show(const Content& content);
 
     void OnPaint(CascadeBitmap& bitmap) override;
@@ -44,7 +46,9 @@ private:
     EPalette m_Palette;
     Content m_Content;
     CascadeString m_DefaultPath;
+    CascadeString m_FolderPath;
     CascadeBitmap m_Default;
+    CascadeBitmap m_Folder;
     CascadeBitmap m_Thumbnail;    // empty: not there yet, or none
     EJpegWidget m_Picture;
     CascadeFont m_HeadingFont;

@@ -1,5 +1,6 @@
 #include "browser/TitleSetChoice.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/RemoteKeys.h"
@@ -41,7 +42,9 @@ void TitleSetChoice::Show(std::vector<FileInfo> titleSets, Client* client)
     for (const FileInfo& titleSet : m_TitleSets) {
         m_List.AddItem(titleSet.title);
     }
-    m_List.SetSelectedIndex(0, true);
+    // The longest one is what most viewers want.
+    const auto largest = std::max_element(m_TitleSets.begin(), m_TitleSets.end(), [](const FileInfo& a, const FileInfo& b) { return a.size < b.size; });
+    m_List.SetSelectedIndex(static_cast<int>(largest - m_TitleSets.begin()), true);
     CascadeRect rect {0, 0, kWindow.width, kWindow.height};
     EUtils::CenterRectInScreen(rect);
     SetRect(rect);

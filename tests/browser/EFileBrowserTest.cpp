@@ -243,8 +243,10 @@ TEST_F(DVDChoice, SeveralLongTitlesAreOffered)
     EXPECT_EQ(nullptr, OnScreen("Select Title Set"));
     EXPECT_TRUE(m_Results.empty());
 
+    // The cursor stands on the longest.
     TestPlatform::PressKey(Remote::kSelect);
     ASSERT_TRUE(Until([] { return OnScreen("Select Title Set") != nullptr; }));
+    TestPlatform::PressKey(Remote::kUp);
     TestPlatform::PressKey(Remote::kSelect);
     ExpectSettled(m_Folder / "disc/VIDEO_TS/VTS_01_1.VOB", m_Folder / "disc");
 }
