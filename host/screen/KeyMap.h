@@ -1,7 +1,7 @@
 // Which keyboard and media keys stand for which key of the remote control. docs/remote.md lists the same rows.
 //
 // A letter means the key that types it, wherever the keyboard's layout has it; on layouts without Latin letters it
-// means the key's place.
+// means the key's place. Where letters are typed (the file browser), the keys without one are there.
 #pragma once
 
 #include <SDL_keyboard.h>
@@ -32,6 +32,7 @@ inline constexpr KeyMapRow kKeyMap[] = {
     {SDL_SCANCODE_AUDIOPLAY, "Media Play", Remote::kPlayPause, "Play/Pause"},
     {SDL_SCANCODE_S, "S", Remote::kStop, "Stop"},
     {SDL_SCANCODE_AUDIOSTOP, "Media Stop", Remote::kStop, "Stop"},
+    {SDL_SCANCODE_DELETE, "Delete", Remote::kStop, "Stop"},
     {SDL_SCANCODE_F, "F", Remote::kFastForward, "Fast Forward"},
     {SDL_SCANCODE_AUDIOFASTFORWARD, "Media Fast Forward", Remote::kFastForward, "Fast Forward"},
     {SDL_SCANCODE_R, "R", Remote::kRewind, "Rewind"},
@@ -43,12 +44,14 @@ inline constexpr KeyMapRow kKeyMap[] = {
     {SDL_SCANCODE_V, "V", Remote::kPrevChapter, "Previous Chapter"},
     {SDL_SCANCODE_AUDIOPREV, "Media Previous", Remote::kPrevChapter, "Previous Chapter"},
     {SDL_SCANCODE_Z, "Z", Remote::kZoom, "Zoom"},
+    {SDL_SCANCODE_F2, "F2", Remote::kZoom, "Zoom"},
     {SDL_SCANCODE_M, "M", Remote::kMenu, "Menu"},
     {SDL_SCANCODE_HOME, "Home", Remote::kMenu, "Menu"},
     {SDL_SCANCODE_APPLICATION, "Context Menu", Remote::kMenu, "Menu"},
     {SDL_SCANCODE_MENU, "Menu", Remote::kMenu, "Menu"},
     {SDL_SCANCODE_AC_HOME, "Media Home", Remote::kMenu, "Menu"},
     {SDL_SCANCODE_I, "I", Remote::kInfo, "Info"},
+    {SDL_SCANCODE_F1, "F1", Remote::kInfo, "Info"},
     {SDL_SCANCODE_ESCAPE, "Escape", Remote::kExit, "Exit"},
     {SDL_SCANCODE_BACKSPACE, "Backspace", Remote::kExit, "Exit"},
     {SDL_SCANCODE_Q, "Q", Remote::kExit, "Exit"},
