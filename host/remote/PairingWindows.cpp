@@ -52,14 +52,10 @@ void PaintLine(CascadeBitmap& bitmap, CascadePoint at, std::string text, const C
 
 }    // namespace
 
-CodeWindow::CodeWindow()
-{
-    SetTitle("Pairing code");
-}
-
 void CodeWindow::Display(const std::string& digits, const std::string& who, Clock::time_point until)
 {
     m_Digits = digits.substr(0, 3) + " " + digits.substr(3);
+    SetTitle(("Pairing code " + m_Digits).c_str());    // for who has it read aloud
     m_Who = who;
     m_Until = until;
     const CascadeDims screen = CascadeScreen::GetDims();

@@ -19,7 +19,6 @@ namespace host {
 // In a corner, without the focus: nobody on the network can take the keys from the viewer.
 class CodeWindow : public CascadeWindow, public CascadeTimer {
 public:
-    CodeWindow();
     void Display(const std::string& digits, const std::string& who, Clock::time_point until);
 
     void OnPaint(CascadeBitmap& bitmap) override;

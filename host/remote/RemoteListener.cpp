@@ -1,5 +1,8 @@
 #include "host/remote/RemoteListener.h"
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+
 namespace host {
 namespace {
 
@@ -72,6 +75,8 @@ gboolean RemoteListener::OnReady()
 {
     GError* error = nullptr;
     if (GSocket* const socket = g_socket_accept(m_pSocket, nullptr, &error)) {
+        // An answer to a key is not held back until there is more to send.
+        g_socket_set_option(socket, IPPROTO_TCP, TCP_NODELAY, 1, nullptr);
         const Ref<GSocketConnection> connection(g_socket_connection_factory_create_connection(socket));
         g_object_unref(socket);
         m_OnConnection(connection.get());

@@ -180,7 +180,7 @@ function press(button) {
   const hold = { button, first: 0, timer: 0 };
   held.set(key, hold);
   button.classList.add('pressed');
-  if (navigator.vibrate) {
+  if (navigator.vibrate && navigator.userActivation?.hasBeenActive) {
     navigator.vibrate(8);
   }
   sendKey('down', key);
