@@ -138,7 +138,8 @@ int EListView::PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& 
 
 const EListView::Trimmed& EListView::TrimmedName(const char* name, int width)
 {
-    const auto found = std::find_if(m_Trimmed.begin(), m_Trimmed.end(), [&](const Trimmed& entry) { return entry.name == name && entry.width == width; });
+    const auto found
+        = std::find_if(m_Trimmed.begin(), m_Trimmed.end(), [&](const Trimmed& entry) { return entry.name == name && entry.width == width; });
     if (found != m_Trimmed.end()) {
         return *found;
     }

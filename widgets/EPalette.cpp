@@ -54,7 +54,8 @@ std::string ReadWhole(const char* path)
 // "#RRGGBB" is opaque.
 bool ParseColor(const std::string& text, CascadeColor& color)
 {
-    const bool shaped = (text.size() == 7 || text.size() == 9) && text[0] == '#' && text.find_first_not_of("0123456789abcdefABCDEF", 1) == std::string::npos;
+    const bool shaped
+        = (text.size() == 7 || text.size() == 9) && text[0] == '#' && text.find_first_not_of("0123456789abcdefABCDEF", 1) == std::string::npos;
     if (shaped) {
         const auto value = static_cast<CascadeColor>(std::strtoul(text.c_str() + 1, nullptr, 16));
         color = text.size() == 7 ? value << 8 | 0xFF : value;

@@ -14,7 +14,8 @@ bool IsPrintable(std::string_view character)
         return first >= 0x20 && first < 0x7F;
     }
     const bool c1 = first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
-    const bool overlong = (first == 0xE0 && static_cast<unsigned char>(character[1]) < 0xA0) || (first == 0xF0 && static_cast<unsigned char>(character[1]) < 0x90);
+    const bool overlong
+        = (first == 0xE0 && static_cast<unsigned char>(character[1]) < 0xA0) || (first == 0xF0 && static_cast<unsigned char>(character[1]) < 0x90);
     const bool surrogate = first == 0xED && static_cast<unsigned char>(character[1]) >= 0xA0;
     const bool beyond = first == 0xF4 && static_cast<unsigned char>(character[1]) >= 0x90;
     return !c1 && !overlong && !surrogate && !beyond;

@@ -9,7 +9,10 @@
 
 class KeyboardField {
 public:
-    explicit KeyboardField(size_t maxCharacters) : m_nMax(maxCharacters) {}
+    explicit KeyboardField(size_t maxCharacters)
+        : m_nMax(maxCharacters)
+    {
+    }
 
     void SetText(const char* utf8);
     bool Append(const char* utf8);    // every character that can be taken; false when none was

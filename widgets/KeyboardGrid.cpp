@@ -28,21 +28,20 @@ constexpr Key kLetters1[] = {Type("q", "Q"), Type("w", "W"), Type("e", "E"), Typ
     Type("i", "I"), Type("o", "O"), Type("p", "P")};
 constexpr Key kLetters2[] = {Type("a", "A"), Type("s", "S"), Type("d", "D"), Type("f", "F"), Type("g", "G"), Type("h", "H"), Type("j", "J"),
     Type("k", "K"), Type("l", "L"), Type("-", "_")};
-constexpr Key kLetters3[] = {kShiftKey, Type("z", "Z"), Type("x", "X"), Type("c", "C"), Type("v", "V"), Type("b", "B"), Type("n", "N"),
-    Type("m", "M"), kBackspaceKey};
+constexpr Key kLetters3[]
+    = {kShiftKey, Type("z", "Z"), Type("x", "X"), Type("c", "C"), Type("v", "V"), Type("b", "B"), Type("n", "N"), Type("m", "M"), kBackspaceKey};
 constexpr Key kLetters4[] = {Wide(Action::kPage, "#+=", 6), Type(".", ","), kSpaceKey, kCancelKey, kAcceptKey};
 
 constexpr Key kSigns1[] = {Type("!", "["), Type("\"", "]"), Type("#", "{"), Type("$", "}"), Type("%", "<"), Type("&", ">"), Type("/", "\\"),
     Type("(", "|"), Type(")", "~"), Type("=", "^")};
 constexpr Key kSigns2[] = {Type("@", "€"), Type("*", "£"), Type("+", "§"), Type("-", "°"), Type("_", "ä"), Type(":", "ö"), Type(";", "ü"),
     Type("?", "ß"), Type("'", "é"), Type("`", "è")};
-constexpr Key kSigns3[] = {kShiftKey, Type("å", "Å"), Type("ø", "Ø"), Type("æ", "Æ"), Type("ñ", "Ñ"), Type("ç", "Ç"), Type("à", "À"),
-    Type("ê", "Ê"), kBackspaceKey};
+constexpr Key kSigns3[]
+    = {kShiftKey, Type("å", "Å"), Type("ø", "Ø"), Type("æ", "Æ"), Type("ñ", "Ñ"), Type("ç", "Ç"), Type("à", "À"), Type("ê", "Ê"), kBackspaceKey};
 constexpr Key kSigns4[] = {Wide(Action::kPage, "abc", 6), Type(",", "."), kSpaceKey, kCancelKey, kAcceptKey};
 
 using Row = KeyboardGrid::Row;
-constexpr Row kPages[][KeyboardGrid::kRows]
-    = {{kDigits, kLetters1, kLetters2, kLetters3, kLetters4}, {kDigits, kSigns1, kSigns2, kSigns3, kSigns4}};
+constexpr Row kPages[][KeyboardGrid::kRows] = {{kDigits, kLetters1, kLetters2, kLetters3, kLetters4}, {kDigits, kSigns1, kSigns2, kSigns3, kSigns4}};
 
 constexpr bool RowsAreFull()
 {

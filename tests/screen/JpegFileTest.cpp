@@ -79,7 +79,8 @@ protected:
     {
         CascadeJpegFile file;
         std::vector<unsigned char> data(static_cast<size_t>(width) * height * 3);
-        if (!file.Open(path.c_str()) || file.GetBitmapDataSize(width, height) != data.size() || !file.GetBitmapData({0, 0, width, height}, data.data())) {
+        if (!file.Open(path.c_str()) || file.GetBitmapDataSize(width, height) != data.size()
+            || !file.GetBitmapData({0, 0, width, height}, data.data())) {
             return {};
         }
         return data;

@@ -176,7 +176,8 @@ TEST_F(EListViewTest, IconsComeWhenTheyAreLoadedAndOnlyThoseInSight)
     }
     const auto icons = [this] {
         const auto drawings = Paint();
-        return std::count_if(drawings.begin(), drawings.end(), [](const Drawing& drawing) { return drawing.kind == Drawing::kBlit && drawing.rect.width < 200; });
+        return std::count_if(
+            drawings.begin(), drawings.end(), [](const Drawing& drawing) { return drawing.kind == Drawing::kBlit && drawing.rect.width < 200; });
     };
     const auto settles = [&](long wanted) {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);

@@ -20,7 +20,8 @@ TEST(EPaletteTest, AThemeSaysWhatItWantsAndTheRestStays)
 
     folder.Write("theme.cfg", "accent=#112233\n");
     EXPECT_EQ(EPalette::Load(theme.c_str()).accent, 0x112233FFU);    // the platform's, as the theme has none
-    folder.Write("theme/theme.cfg", "# a theme\r\naccent=#0a0B0c\r\nrim=#01020304\nquiet=red\nkey=#12345\ntext=#1234567g\npanelradius=12\nrowradius=4000\nother=1\naccent\n");
+    folder.Write("theme/theme.cfg",
+        "# a theme\r\naccent=#0a0B0c\r\nrim=#01020304\nquiet=red\nkey=#12345\ntext=#1234567g\npanelradius=12\nrowradius=4000\nother=1\naccent\n");
     const EPalette palette = EPalette::Load(theme.c_str());
     EXPECT_EQ(palette.accent, 0x0A0B0CFFU);
     EXPECT_EQ(palette.rim, 0x01020304U);
