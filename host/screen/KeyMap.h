@@ -6,6 +6,7 @@
 
 #include <SDL_keyboard.h>
 
+#include "host/screen/HostKeys.h"
 #include "platform/RemoteKeys.h"
 
 namespace screen {
@@ -58,6 +59,9 @@ inline constexpr KeyMapRow kKeyMap[] = {
     {SDL_SCANCODE_AC_BACK, "Media Back", Remote::kExit, "Exit"},
     {SDL_SCANCODE_POWER, "Power", Remote::kPower, "Power"},
     {SDL_SCANCODE_SLEEP, "Sleep", Remote::kPowerAlternate, "Power (second key)"},
+    {SDL_SCANCODE_PRINTSCREEN, "Print Screen", HostKey::kScreenshot, "Screenshot"},
+    {SDL_SCANCODE_F12, "F12", HostKey::kScreenshot, "Screenshot"},
+    {SDL_SCANCODE_F11, "F11", HostKey::kDevices, "Devices"},
 };
 
 constexpr bool KeysAreUnique()

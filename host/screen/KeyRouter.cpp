@@ -8,6 +8,9 @@ namespace screen {
 
 void KeyRouter::Deliver(const Event& event)
 {
+    if (TakeHostKey(event)) {
+        return;
+    }
     switch (event.kind) {
     case Event::Kind::kKeyDown:
         Down(event);
@@ -21,6 +24,18 @@ void KeyRouter::Deliver(const Event& event)
     default:
         break;
     }
+}
+
+bool KeyRouter::TakeHostKey(const Event& event)
+{
+    const bool isKey = event.kind == Event::Kind::kKeyDown || event.kind == Event::Kind::kKeyUp;
+    if (!isKey || !HostKey::IsOne(event.key)) {
+        return false;
+    }
+    if (event.kind == Event::Kind::kKeyDown && !event.repeat) {
+        m_HostKeys.Press(event.key);
+    }
+    return true;
 }
 
 bool KeyRouter::OfferText(const Event& event)
@@ -94,6 +109,9 @@ void KeyRouter::Up(const Event& event)
 
 bool KeyRouter::DeliverWhileWaiting(const Event& event)
 {
+    if (TakeHostKey(event)) {
+        return true;
+    }
     if (event.kind == Event::Kind::kKeyUp) {
         const auto found = m_Pressed.find({event.physical, event.key});
         const bool early = found != m_Pressed.end() && found->second.taker != Taker::kWait;

@@ -10,6 +10,7 @@
 #include <map>
 
 #include "host/screen/EventQueue.h"
+#include "host/screen/HostKeys.h"
 
 class CascadeWindow;
 
@@ -32,10 +33,12 @@ private:
     using KeyId = std::pair<int, uint32_t>;    // keyboard's number, remote code
     void Down(const Event& event);
     void Up(const Event& event);
+    bool TakeHostKey(const Event& event);
     static bool OfferText(const Event& event);
     static Press OfferKey(uint32_t key);
 
     std::map<KeyId, Press> m_Pressed;
+    HostKeys m_HostKeys;
 };
 
 }    // namespace screen

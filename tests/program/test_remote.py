@@ -143,6 +143,16 @@ class Keys(unittest.TestCase):
             link.close()
             wait_for(lambda: player.count("To Skip:") == skips + 3, 10, "the release")
 
+    def test_the_hosts_own_keys(self):
+        with Phone() as player:
+            player.cmd("Cascade key 0x20001")
+            path = player.wait_output(re.compile(r"Screenshot: (.*\.png)"), 10).group(1)
+            wait_for(lambda: os.path.getsize(path) > 100, 5, path)
+            player.cmd("Cascade key 0x20002")
+            wait_for(lambda: "Paired devices" in player.stats()["windows"], 5, "the devices")
+            player.key("exit")
+            wait_for(lambda: "Paired devices" not in player.stats()["windows"], 5, "no devices")
+
     def test_what_is_no_message_ends_the_connection(self):
         with Phone() as player:
             for bad in ("dance", "1 down nokey", "1 type ab", "x" * 200, "", "1 down left\n2 down left"):
