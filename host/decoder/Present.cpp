@@ -14,7 +14,8 @@ constexpr int64_t kTooLateTicks = 2700;    // beyond its own duration
 constexpr std::chrono::milliseconds kDrought{100};
 constexpr std::chrono::milliseconds kEarly{1};
 constexpr size_t kPictures = 5;
-constexpr size_t kLargePictures = 2;      // of high definition, three megabytes each
+constexpr size_t kLargePictures = 1;      // of high definition, three megabytes each
+constexpr size_t kLargeWhenLate = 2;      // once one came after its time
 constexpr size_t kLargeFields = 3;        // the same at field rate
 constexpr int64_t kFieldTicks = 2700;     // a picture that stands for less is one of two fields
 constexpr size_t kRefillAt = 2;
@@ -28,6 +29,7 @@ void Present::Opened()
     std::lock_guard lock(m_Mutex);
     m_Queue.clear();
     m_bFirst = true;
+    m_bCameLate = false;
     m_bHandedOut = false;
     m_BlackAt.reset();
 }
@@ -72,7 +74,7 @@ size_t Present::Capacity() const
     if (m_Queue.empty() || m_Queue.front().frame.height <= 576) {
         return kPictures;
     }
-    return m_Queue.front().duration < kFieldTicks ? kLargeFields : kLargePictures;
+    return m_Queue.front().duration < kFieldTicks ? kLargeFields : m_bCameLate ? kLargeWhenLate : kLargePictures;
 }
 
 size_t Present::RefillAt() const
@@ -101,6 +103,7 @@ void Present::Push(Opening::Number opening, TimedPicture picture)
         if (!m_Opening.Is(opening)) {
             return;
         }
+        m_bCameLate = m_bCameLate || (!picture.afterDrought && m_Clock.TimeOf(picture.ticks) < Clock::now());
         m_Queue.push_back(std::move(picture));
         notify = m_bScreenWaits;
         m_bScreenWaits = false;

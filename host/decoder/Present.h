@@ -64,6 +64,7 @@ private:
     std::condition_variable m_Room;
     std::deque<TimedPicture> m_Queue;
     bool m_bFirst = true;           // of the opening
+    bool m_bCameLate = false;       // a picture of the opening did: the machine needs more of them in hand
     bool m_bOnScreen = false;       // a picture of this source
     bool m_bScreenWaits = true;     // the screen was told to ask only when notified
     std::optional<Clock::time_point> m_BlackAt;
