@@ -141,6 +141,9 @@ void CascadeBitmap::StretchBlit(const CascadeRect& to, const CascadeBitmap& sour
     const CairoPtr cairo = m_pImpl->Begin();
     const CascadeDims dims = source.m_pImpl->dims;
     cairo_rectangle(cairo.get(), to.left, to.top, to.width, to.height);
+    // Where an edge falls inside a pixel of the output that pixel is in or out: two pictures side by side would each
+    // cover a part of it, and what is below them would shine through.
+    cairo_set_antialias(cairo.get(), CAIRO_ANTIALIAS_NONE);
     cairo_clip(cairo.get());
     cairo_translate(cairo.get(), to.left, to.top);
     cairo_scale(cairo.get(), double(to.width) / dims.width, double(to.height) / dims.height);

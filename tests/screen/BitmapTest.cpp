@@ -99,6 +99,26 @@ TEST_F(BitmapTest, ShapesStayInsideTheirRectangles)
     EXPECT_EQ((CascadeRect {0, 10, 100, 50}), screen::VisibleArea(static_cast<cairo_surface_t*>(bitmap.NativeSurface()), {0, 0, 100, 60}));
 }
 
+TEST_F(BitmapTest, PicturesSideBySideHaveNoJoint)
+{
+    for (const double scale : {1.5, 1.3, 0.5625}) {
+        screen::SetOutputScale(scale);
+        CascadeBitmap icon;
+        CascadeBitmap bitmap;
+        ASSERT_TRUE(icon.Create(11, 9) && bitmap.Create(100, 20));
+        icon.Fill(0xFFFFFFFF);
+        for (const CascadeRect& to : {CascadeRect {5, 3, 6, 9}, CascadeRect {11, 3, 34, 9}, CascadeRect {45, 3, 11, 9}}) {
+            bitmap.StretchBlit(to, icon);
+        }
+        auto* const surface = static_cast<cairo_surface_t*>(bitmap.NativeSurface());
+        cairo_surface_flush(surface);
+        const unsigned char* const row = cairo_image_surface_get_data(surface) + std::ptrdiff_t(7 * scale) * cairo_image_surface_get_stride(surface);
+        for (int x = int(6 * scale); x < int(55 * scale); ++x) {
+            EXPECT_EQ(0xFF, row[x * 4 + 3]) << x << " at scale " << scale;
+        }
+    }
+}
+
 TEST_F(BitmapTest, EveryDrawingIsInsideTheTouchedArea)
 {
     for (const double scale : {1.0, 1.5, 3.0, 0.5625}) {
