@@ -270,6 +270,8 @@ private:
     BackgroundJob<PlayLookup> m_LookupJob;
     std::optional<PlayLookup> m_Lookup;    // waits for a password or a title set
     bool m_bDetailWanted = false;    // once the running detail job is done
+    uint32_t m_nDetailAskedAt = 0;    // ms of uptime
+    int m_nHungDetails = 0;    // detail jobs of this folder that never came back
 
     // Time. Countdowns are in ticks; 0: not running.
     uint32_t m_nTickTimer = 0;

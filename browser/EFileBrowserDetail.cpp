@@ -4,6 +4,7 @@
 #include "browser/BrowserLayout.h"
 #include "browser/EFileBrowser.h"
 #include "platform/CascadeFile.h"
+#include "platform/CascadeTime.h"
 #include "widgets/EUtils.h"
 
 namespace {
@@ -11,6 +12,9 @@ namespace {
 constexpr uint32_t kTickMs = 100;
 constexpr uint32_t kPollMs = 10;
 constexpr int kNoticeTicks = 40;
+constexpr int kDetailRetryTicks = 5;
+constexpr uint32_t kDetailPatienceMs = 2000;    // then a question to a dead server is left behind
+constexpr int kMostHungDetails = 4;    // left behind in one folder, each with a thread
 constexpr uint64_t kMegabyte = 1024 * 1024;
 
 CascadeString SizeText(uint64_t bytes)
@@ -155,7 +159,7 @@ void EFileBrowser::ShowNotice(const char* text)
 
 // ---- the detail pane
 
-// One question at a time: when the disk hangs, further ones do not hang with it.
+// One question at a time: when the disk hangs, only few others hang with it.
 void EFileBrowser::AskDetail()
 {
     const ItemKind kind = KindOf(Selected());
@@ -171,10 +175,14 @@ void EFileBrowser::AskDetail()
         ShowParentDetail();
         return;
     }
-    if (m_DetailJob.IsRunning()) {
+    const uint32_t now = CascadeTime::GetUptimeMilliseconds();
+    if (m_DetailJob.IsRunning() && (now - m_nDetailAskedAt < kDetailPatienceMs || m_nHungDetails >= kMostHungDetails)) {
         m_bDetailWanted = true;
+        StartCountdown(m_nDetailCountdown, kDetailRetryTicks);
         return;
     }
+    m_nHungDetails += m_DetailJob.IsRunning() ? 1 : 0;
+    m_nDetailAskedAt = now;
     const CascadeString path = m_List.GetTag(Selected());
     const CascadeString picture = m_List.GetThumbnail(Selected());
     const bool folder = kind == ItemKind::kFolder;

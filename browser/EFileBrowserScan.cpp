@@ -54,6 +54,7 @@ void EFileBrowser::SetCurrentFolder(const char* path)
     m_Place.iconMode = m_nDefaultIconMode;
     m_Config = FolderConfig();
     m_bScanPhase = false;
+    m_nHungDetails = 0;
     m_Phase = Phase::kOpening;
     StartCountdown(m_nPatience, kPatienceTicks);
     Redraw();

@@ -12,6 +12,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "browser/LinkTargets.h"
 #include "platform/CascadeFile.h"
 #include "sources/AllSelector.h"
 
@@ -76,7 +77,8 @@ bool SortsBefore(const Found& a, const Found& b)
     return order != 0 ? order < 0 : a.name < b.name;
 }
 
-// What the entry is, with one question to the disk where the folder itself does not say enough.
+// What the entry is, with one question to the disk where the folder itself does not say enough. Where links lead
+// is asked later.
 Found Describe(int folder, const dirent& entry)
 {
     Found found;
@@ -84,17 +86,38 @@ Found Describe(int folder, const dirent& entry)
     found.key = SortKey(found.name);
     found.isFolder = entry.d_type == DT_DIR;
     found.isLink = entry.d_type == DT_LNK;
-    if (found.isFolder) {
-        return found;
-    }
     struct stat status = {};
-    found.hasStatus = fstatat(folder, entry.d_name, &status, 0) == 0;
-    found.isFolder = found.hasStatus && S_ISDIR(status.st_mode);
-    found.size = status.st_size;
-    if (entry.d_type == DT_UNKNOWN && !found.hasStatus) {
-        found.isLink = fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(status.st_mode);
+    if (!found.isFolder && !found.isLink && fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        found.isLink = S_ISLNK(status.st_mode);
+        found.isFolder = S_ISDIR(status.st_mode);
+        found.hasStatus = !found.isLink;
+        found.size = status.st_size;
     }
     return found;
+}
+
+// A link whose target does not answer is listed as a folder: most likely it leads to a server that has gone.
+void FollowLinks(const CascadeString& folder, std::vector<Found>& found, const JobStop& stop)
+{
+    std::vector<std::string> names;
+    for (const Found& one : found) {
+        if (one.isLink) {
+            names.push_back(one.name);
+        }
+    }
+    if (names.empty()) {
+        return;
+    }
+    const std::vector<LinkTarget> targets = LinkTargets::Ask(folder.Str(), names, stop);
+    size_t next = 0;
+    for (Found& one : found) {
+        if (one.isLink) {
+            const LinkTarget& target = targets[next++];
+            one.isFolder = target.state == LinkTarget::kFolder || target.state == LinkTarget::kSilent;
+            one.hasStatus = target.state == LinkTarget::kFile;
+            one.size = target.size;
+        }
+    }
 }
 
 // The UUID that a link to a media server carries; empty for any other entry.
@@ -308,6 +331,7 @@ FolderListing ReadFolder(const FolderScanRequest& request, const JobStop& stop)
             found.push_back(Describe(descriptor, *entry));
         }
     }
+    FollowLinks(request.folder, found, stop);
     std::sort(found.begin(), found.end(), SortsBefore);
     Companions companions;
     for (const Found& one : found) {

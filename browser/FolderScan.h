@@ -4,6 +4,7 @@
 // Units:     bytes.
 // Errors:    `state` says why there is nothing; an entry whose status cannot be read has size 0.
 // Threads:   any; blocks on the disk: one question an entry. Gives up between two entries once `stop` is set.
+//            Links to shares whose server has gone hold it up for a moment only (LinkTargets.h).
 // Ownership: values.
 #pragma once
 
