@@ -34,10 +34,10 @@ struct Job {
 struct Desk {
     std::mutex mutex;
     std::condition_variable condition;
-    std::deque<Job> waiting;      // guarded by mutex
-    uint64_t running = 0;         // guarded by mutex; 0: none
-    bool posting = false;         // guarded by mutex
-    bool ending = false;          // guarded by mutex
+    std::deque<Job> waiting;    // guarded by mutex
+    uint64_t running = 0;    // guarded by mutex; 0: none
+    bool posting = false;    // guarded by mutex
+    bool ending = false;    // guarded by mutex
     std::atomic<bool> unwanted {false};    // whether the running job's answer is
 };
 

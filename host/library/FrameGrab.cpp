@@ -22,14 +22,16 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int kLargest = 256;
-constexpr double kWidestSample = 4.0;            // what streams really have is between 0.5 and 2.2
-constexpr int64_t kMostPixels = 4096 * 2304;     // a header of a few bytes may claim 400 MB a picture
-constexpr int64_t kMostBytes = 24 << 20;         // of one part: several key pictures at 20 Mbit/s
-constexpr int kKeyPictures = 6;                  // of one part, before it counts as dark throughout
+constexpr double kWidestSample = 4.0;    // what streams really have is between 0.5 and 2.2
+constexpr int64_t kMostPixels = 4096 * 2304;    // a header of a few bytes may claim 400 MB a picture
+constexpr int64_t kMostBytes = 24 << 20;    // of one part: several key pictures at 20 Mbit/s
+constexpr int kKeyPictures = 6;    // of one part, before it counts as dark throughout
 constexpr double kProcessorSeconds = 6.0;
-constexpr auto kPatience = 60s;                  // at lowest priority on a busy machine
+constexpr auto kPatience = 60s;    // at lowest priority on a busy machine
 constexpr double kParts[] = {0.1, 0.15, 0.3, 0.5, 0.0};
 constexpr double kImageParts[] = {0.3, 0.5, 0.7};
+// What is played is what may have a picture: the library has decoders for much else that nobody tends.
+constexpr AVCodecID kCodecs[] = {AV_CODEC_ID_MPEG1VIDEO, AV_CODEC_ID_MPEG2VIDEO, AV_CODEC_ID_H264, AV_CODEC_ID_HEVC};
 // Almost black: fewer than so many of a hundred pixels are brighter than that.
 constexpr uint32_t kDarkLevel = 56;
 constexpr double kFewBright = 3.0;
@@ -41,8 +43,7 @@ struct Free {
     void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
     void operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
 };
-template <typename T>
-using Owned = std::unique_ptr<T, Free>;
+template <typename T> using Owned = std::unique_ptr<T, Free>;
 
 double ProcessorSeconds()
 {
@@ -86,7 +87,10 @@ bool Shrink(const AVFrame& frame, SmallPicture& picture)
 class PartReader {
 public:
     PartReader(RecordingPart& part, const std::function<bool()>& stop, SmallPicture& best, double& bestBright)
-        : m_Part(part), m_Stop(stop), m_Best(best), m_BestBright(bestBright)
+        : m_Part(part)
+        , m_Stop(stop)
+        , m_Best(best)
+        , m_BestBright(bestBright)
     {
     }
 
@@ -127,7 +131,8 @@ bool PartReader::Open()
 
 bool PartReader::OpenCodec(const AVCodecParameters& parameters)
 {
-    const AVCodec* const codec = avcodec_find_decoder(parameters.codec_id);
+    const bool isKnown = std::find(std::begin(kCodecs), std::end(kCodecs), parameters.codec_id) != std::end(kCodecs);
+    const AVCodec* const codec = isKnown ? avcodec_find_decoder(parameters.codec_id) : nullptr;
     m_pCodec.reset(codec == nullptr ? nullptr : avcodec_alloc_context3(codec));
     if (m_pCodec == nullptr || avcodec_parameters_to_context(m_pCodec.get(), &parameters) < 0) {
         return false;
@@ -169,7 +174,7 @@ bool PartReader::Run()
     }
     while (m_nPictures < kKeyPictures && !m_Stop() && av_read_frame(m_pFormat.get(), packet.get()) >= 0) {
         const AVCodecParameters& parameters = *m_pFormat->streams[packet->stream_index]->codecpar;
-        if (m_nVideo < 0 && parameters.codec_type == AVMEDIA_TYPE_VIDEO && parameters.codec_id != AV_CODEC_ID_NONE && OpenCodec(parameters)) {
+        if (m_nVideo < 0 && parameters.codec_type == AVMEDIA_TYPE_VIDEO && OpenCodec(parameters)) {
             m_nVideo = packet->stream_index;
         }
         if (packet->stream_index == m_nVideo && Take(packet.get())) {

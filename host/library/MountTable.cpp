@@ -9,21 +9,21 @@ namespace {
 
 constexpr size_t kMostMounts = 4096;
 
-constexpr std::string_view kDiskTypes[] = {"apfs", "bcachefs", "btrfs", "exfat", "ext2", "ext3", "ext4", "f2fs", "fuse.exfat", "fuse.mergerfs", "fuse.ntfs", "fuse.ntfs-3g", "fuseblk",
-    "hfs", "hfsplus", "iso9660", "jfs", "msdos", "nilfs2", "ntfs", "ntfs3", "reiserfs", "udf", "ufs", "vfat", "xfs", "zfs"};
-constexpr std::string_view kNetworkTypes[] = {"9p", "afs", "ceph", "cifs", "davfs", "fuse.ceph", "fuse.curlftpfs", "fuse.davfs", "fuse.davfs2", "fuse.glusterfs",
-    "fuse.rclone", "fuse.s3fs", "fuse.smbnetfs", "fuse.sshfs", "glusterfs", "ncpfs", "nfs", "nfs4", "smb3", "smbfs", "virtiofs"};
+constexpr std::string_view kDiskTypes[]
+    = {"apfs", "bcachefs", "btrfs", "exfat", "ext2", "ext3", "ext4", "f2fs", "fuse.exfat", "fuse.mergerfs", "fuse.ntfs", "fuse.ntfs-3g", "fuseblk",
+        "hfs", "hfsplus", "iso9660", "jfs", "msdos", "nilfs2", "ntfs", "ntfs3", "reiserfs", "udf", "ufs", "vfat", "xfs", "zfs"};
+constexpr std::string_view kNetworkTypes[] = {"9p", "afs", "ceph", "cifs", "davfs", "fuse.ceph", "fuse.curlftpfs", "fuse.davfs", "fuse.davfs2",
+    "fuse.glusterfs", "fuse.rclone", "fuse.s3fs", "fuse.smbnetfs", "fuse.sshfs", "glusterfs", "ncpfs", "nfs", "nfs4", "smb3", "smbfs", "virtiofs"};
 
 // Where the system keeps its own file systems: these folders and what is below them.
-constexpr std::string_view kSystemFolders[] = {"/bin", "/boot", "/dev", "/efi", "/etc", "/gnu", "/lib", "/lib32", "/lib64", "/nix", "/opt", "/ostree", "/proc", "/run", "/sbin",
-    "/snap", "/sys", "/sysroot", "/tmp", "/usr", "/var"};
+constexpr std::string_view kSystemFolders[] = {"/bin", "/boot", "/dev", "/efi", "/etc", "/gnu", "/lib", "/lib32", "/lib64", "/nix", "/opt", "/ostree",
+    "/proc", "/run", "/sbin", "/snap", "/sys", "/sysroot", "/tmp", "/usr", "/var"};
 // Below those, what desktops and administrators mount for people.
 constexpr std::string_view kPeoplesFolders[] = {"/media", "/mnt", "/run/media", "/srv"};
 constexpr std::string_view kHomes = "/home";
 constexpr std::string_view kRootsHome = "/root";
 
-template <typename Table>
-bool Contains(const Table& table, std::string_view word)
+template <typename Table> bool Contains(const Table& table, std::string_view word)
 {
     return std::find(std::begin(table), std::end(table), word) != std::end(table);
 }
@@ -109,7 +109,8 @@ std::vector<Mount> MountsWithFilms(const std::vector<Mount>& mounts)
         if (isHidden || !(isNetwork || Contains(kDiskTypes, mount->type)) || !IsForPeople(mount->folder)) {
             continue;
         }
-        const bool isSeen = std::any_of(chosen.begin(), chosen.end(), [&](const Mount& other) { return other.device == mount->device && other.root == mount->root; });
+        const bool isSeen = std::any_of(
+            chosen.begin(), chosen.end(), [&](const Mount& other) { return other.device == mount->device && other.root == mount->root; });
         if (!isSeen) {
             chosen.push_back(*mount);
         }

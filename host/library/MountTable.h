@@ -12,9 +12,9 @@ namespace host {
 
 struct Mount {
     std::string device;    // "8:1"
-    std::string root;      // what of the file system is mounted
+    std::string root;    // what of the file system is mounted
     std::string folder;    // where
-    std::string type;      // "ext4", "nfs4", "fuse.sshfs"
+    std::string type;    // "ext4", "nfs4", "fuse.sshfs"
     std::string source;    // "/dev/sda1", "server:/films"
 };
 

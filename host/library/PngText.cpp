@@ -31,7 +31,7 @@ std::string Chunk(const char* type, const std::string& data)
 {
     const std::string covered = type + data;
     const AVCRC* const table = av_crc_get_table(AV_CRC_32_IEEE_LE);
-    const uint32_t crc = ~av_crc(table, ~uint32_t{0}, reinterpret_cast<const uint8_t*>(covered.data()), covered.size());
+    const uint32_t crc = ~av_crc(table, ~uint32_t {0}, reinterpret_cast<const uint8_t*>(covered.data()), covered.size());
     return BE32(static_cast<uint32_t>(data.size())) + covered + BE32(crc);
 }
 
@@ -79,7 +79,7 @@ std::optional<PngTexts> ReadPngTexts(int fd)
                 texts[data.substr(0, end)] = data.substr(end + 1);
             }
         }
-        position += off_t(sizeof head) + off_t{length} + 4;
+        position += off_t(sizeof head) + off_t {length} + 4;
     }
     return std::nullopt;
 }

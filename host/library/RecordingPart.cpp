@@ -14,7 +14,7 @@ constexpr int kIoBytes = 32768;
 constexpr size_t kLookBytes = 256 * 1024;    // program streams have a pack header at least every 0.7 s (ISO/IEC 13818-1 2.7.1)
 constexpr size_t kPacketSizes[] = {188, 192, 204};
 constexpr size_t kPacketsInARow = 10;
-constexpr size_t kLookPackets = 4096;        // where the first of them may begin
+constexpr size_t kLookPackets = 4096;    // where the first of them may begin
 
 bool IsTransportStream(std::span<const uint8_t> bytes)
 {
@@ -46,7 +46,11 @@ uint8_t FirstHeader(std::span<const uint8_t> bytes)
 }    // namespace
 
 RecordingPart::RecordingPart(int fd, int64_t position, int64_t length, const std::function<bool()>& stop)
-    : m_Fd(fd), m_nBegin(position), m_nPosition(position), m_nEnd(position + length), m_Stop(stop)
+    : m_Fd(fd)
+    , m_nBegin(position)
+    , m_nPosition(position)
+    , m_nEnd(position + length)
+    , m_Stop(stop)
 {
     uint8_t* const buffer = static_cast<uint8_t*>(av_malloc(kIoBytes));
     m_pIo = buffer == nullptr ? nullptr : avio_alloc_context(buffer, kIoBytes, 0, this, &RecordingPart::OnRead, nullptr, nullptr);

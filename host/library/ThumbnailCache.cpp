@@ -19,7 +19,7 @@ namespace {
 
 constexpr const char* kUriText = "Thumb::URI";
 constexpr const char* kTimeText = "Thumb::MTime";
-constexpr const char* kOwnSize = "large";                              // 256 pixels
+constexpr const char* kOwnSize = "large";    // 256 pixels
 constexpr const char* kUsableSizes[] = {"large", "x-large", "xx-large"};    // the smallest that is not too small
 constexpr const char* kFailures = "fail/nuvid";
 

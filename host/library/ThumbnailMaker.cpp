@@ -40,8 +40,8 @@ std::string ResolvedFile(const std::string& path)
 std::string EncodePng(SmallPicture& picture)
 {
     std::string png;
-    cairo_surface_t* const surface = cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(picture.pixels.data()), CAIRO_FORMAT_RGB24,
-        picture.width, picture.height, picture.stride * 4);
+    cairo_surface_t* const surface = cairo_image_surface_create_for_data(
+        reinterpret_cast<unsigned char*>(picture.pixels.data()), CAIRO_FORMAT_RGB24, picture.width, picture.height, picture.stride * 4);
     const cairo_write_func_t append = [](void* to, const unsigned char* bytes, unsigned count) {
         static_cast<std::string*>(to)->append(reinterpret_cast<const char*>(bytes), count);
         return CAIRO_STATUS_SUCCESS;
@@ -63,7 +63,8 @@ int TitleSetOf(const char* name)
     int set = 0;
     int part = 0;
     int end = 0;
-    const bool matches = (std::sscanf(name, "VTS_%2d_%1d.VOB%n", &set, &part, &end) == 2 || std::sscanf(name, "vts_%2d_%1d.vob%n", &set, &part, &end) == 2);
+    const bool matches
+        = (std::sscanf(name, "VTS_%2d_%1d.VOB%n", &set, &part, &end) == 2 || std::sscanf(name, "vts_%2d_%1d.vob%n", &set, &part, &end) == 2);
     return matches && end == 12 && name[12] == '\0' && part > 0 ? std::clamp(set, 0, 99) : 0;
 }
 

@@ -25,7 +25,10 @@ constexpr int kMostEntries = 20000;
 
 class Descriptor {
 public:
-    explicit Descriptor(int fd) : m_Fd(fd) {}
+    explicit Descriptor(int fd)
+        : m_Fd(fd)
+    {
+    }
     ~Descriptor()
     {
         if (m_Fd >= 0) {
@@ -168,7 +171,8 @@ VolumeFolder::Result VolumeFolder::Show(const std::vector<VolumeLink>& volumes) 
         }
     }
     const Links named = NameVolumes(volumes, current, *others);
-    const bool isRight = named.size() == current.size() && std::all_of(named.begin(), named.end(), [&](const VolumeLink& link) { return Contains(current, link); });
+    const bool isRight
+        = named.size() == current.size() && std::all_of(named.begin(), named.end(), [&](const VolumeLink& link) { return Contains(current, link); });
     if (!isRight) {
         Change(*folder, current, named);
     }

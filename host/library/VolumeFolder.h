@@ -18,7 +18,7 @@ class VolumeFolder {
 public:
     enum class Result {
         kShown,
-        kBusy,       // another player is at it: ask again later
+        kBusy,    // another player is at it: ask again later
         kNotOurs,    // or cannot be made
     };
 

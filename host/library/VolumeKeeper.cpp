@@ -20,8 +20,8 @@ using namespace std::chrono_literals;
 constexpr const char* kMounts = "/proc/self/mountinfo";
 constexpr const char* kLabels = "/dev/disk/by-label";
 constexpr size_t kMostMountBytes = 4 << 20;
-constexpr int kSettleMs = 200;     // mounts come in groups
-constexpr int kRetryMs = 1000;     // while another player is at the folder
+constexpr int kSettleMs = 200;    // mounts come in groups
+constexpr int kRetryMs = 1000;    // while another player is at the folder
 constexpr auto kLastStep = 300ms;
 
 std::string ReadWhole(int fd)
@@ -49,7 +49,8 @@ std::string Text(const char* text)
 
 VolumeFolder::Result ShowMounts(const VolumeFolder& folder, const std::string& mountinfo)
 {
-    return folder.Show(WantedVolumes(ParseMounts(mountinfo), VolumeLabels(kLabels), Text(g_get_user_special_dir(G_USER_DIRECTORY_VIDEOS)), Text(g_get_home_dir())));
+    return folder.Show(
+        WantedVolumes(ParseMounts(mountinfo), VolumeLabels(kLabels), Text(g_get_user_special_dir(G_USER_DIRECTORY_VIDEOS)), Text(g_get_home_dir())));
 }
 
 // Until the end is told (true) or so long; -1: until a mount too.
@@ -62,7 +63,8 @@ bool WaitForEnd(int endFd, int mountsFd, int milliseconds)
 
 }    // namespace
 
-std::vector<VolumeLink> WantedVolumes(const std::vector<Mount>& mounts, const std::map<std::string, std::string>& labels, const std::string& videos, const std::string& home)
+std::vector<VolumeLink> WantedVolumes(
+    const std::vector<Mount>& mounts, const std::map<std::string, std::string>& labels, const std::string& videos, const std::string& home)
 {
     std::vector<VolumeLink> wanted;
     // A folder on the network is not looked at. The home folder itself in the place of a special one means "none".
@@ -105,11 +107,12 @@ bool VolumeKeeper::Start(const std::string& path)
         while (!ending) {
             const VolumeFolder::Result result = ShowMounts(folder, ReadWhole(signal->mountsFd));
             if (result == VolumeFolder::Result::kNotOurs && !told) {
-                std::fprintf(stderr, "%s was not made by this player and is left as it is\n", path.c_str());
+                std::fprintf(stderr, "The folder of volumes, %s, cannot be made or is somebody else's, and is left as it is\n", path.c_str());
                 told = true;
             }
             const bool again = result == VolumeFolder::Result::kBusy;
-            ending = WaitForEnd(signal->endFd, again ? -1 : signal->mountsFd, again ? kRetryMs : -1) || (!again && WaitForEnd(signal->endFd, -1, kSettleMs));
+            ending = WaitForEnd(signal->endFd, again ? -1 : signal->mountsFd, again ? kRetryMs : -1)
+                || (!again && WaitForEnd(signal->endFd, -1, kSettleMs));
         }
     });
 }

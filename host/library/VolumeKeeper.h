@@ -33,6 +33,7 @@ private:
 
 // What the folder is to show: the user's films first, then the mounts, named by the labels of their disks or by where
 // they are mounted. `videos` is the user's folder for films; when it is empty or not there, the home folder stands in.
-std::vector<VolumeLink> WantedVolumes(const std::vector<Mount>& mounts, const std::map<std::string, std::string>& labels, const std::string& videos, const std::string& home);
+std::vector<VolumeLink> WantedVolumes(
+    const std::vector<Mount>& mounts, const std::map<std::string, std::string>& labels, const std::string& videos, const std::string& home);
 
 }    // namespace host

@@ -22,7 +22,8 @@ std::string CleanVolumeName(const std::string& name);
 
 // Unique names for what is wanted (`wanted` has the names that it would like). A volume that has a link in
 // `current` keeps its name; `taken` are names of others' files.
-std::vector<VolumeLink> NameVolumes(const std::vector<VolumeLink>& wanted, const std::vector<VolumeLink>& current, const std::set<std::string>& taken);
+std::vector<VolumeLink> NameVolumes(
+    const std::vector<VolumeLink>& wanted, const std::vector<VolumeLink>& current, const std::set<std::string>& taken);
 
 // Labels of the disks by device path, from links as udev makes them in "/dev/disk/by-label".
 std::map<std::string, std::string> VolumeLabels(const std::string& folder);

@@ -18,9 +18,9 @@ namespace {
 
 // One grey pixel.
 const std::string kPng = [] {
-    constexpr unsigned char kBytes[] = {0x89, 'P', 'N', 'G', 13, 10, 26, 10, 0, 0, 0, 13, 'I', 'H', 'D', 'R', 0, 0, 0, 1, 0, 0, 0, 1, 8, 0, 0, 0, 0, 0x3A, 0x7E,
-        0x9B, 0x55, 0, 0, 0, 10, 'I', 'D', 'A', 'T', 0x78, 0x9C, 0x63, 0xF8, 0x0F, 0, 1, 1, 1, 0, 0x1B, 0xB6, 0xEE, 0x56, 0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xAE, 0x42,
-        0x60, 0x82};
+    constexpr unsigned char kBytes[] = {0x89, 'P', 'N', 'G', 13, 10, 26, 10, 0, 0, 0, 13, 'I', 'H', 'D', 'R', 0, 0, 0, 1, 0, 0, 0, 1, 8, 0, 0, 0, 0,
+        0x3A, 0x7E, 0x9B, 0x55, 0, 0, 0, 10, 'I', 'D', 'A', 'T', 0x78, 0x9C, 0x63, 0xF8, 0x0F, 0, 1, 1, 1, 0, 0x1B, 0xB6, 0xEE, 0x56, 0, 0, 0, 0, 'I',
+        'E', 'N', 'D', 0xAE, 0x42, 0x60, 0x82};
     return std::string(reinterpret_cast<const char*>(kBytes), sizeof kBytes);
 }();
 
@@ -45,9 +45,10 @@ std::optional<PngTexts> TextsOf(const std::string& path)
 
 TEST(ThumbnailCacheTest, NamesFilesAsEveryProgramDoes)
 {
-    const std::pair<const char*, const char*> kUris[] = {{"/home/jens/photos/me.png", "file:///home/jens/photos/me.png"},
-        {"/a b/50% #1?.mpg", "file:///a%20b/50%25%20%231%3F.mpg"}, {"/it's (1) [x] {y}~&=+@;,!$*.ts", "file:///it's%20(1)%20%5Bx%5D%20%7By%7D~&=+@%3B,!$*.ts"},
-        {"/日.ts", "file:///%E6%97%A5.ts"}, {"/bad\xff\n.ts", "file:///bad%FF%0A.ts"}, {"relative.mpg", ""}, {"", ""}};
+    const std::pair<const char*, const char*> kUris[]
+        = {{"/home/jens/photos/me.png", "file:///home/jens/photos/me.png"}, {"/a b/50% #1?.mpg", "file:///a%20b/50%25%20%231%3F.mpg"},
+            {"/it's (1) [x] {y}~&=+@;,!$*.ts", "file:///it's%20(1)%20%5Bx%5D%20%7By%7D~&=+@%3B,!$*.ts"}, {"/日.ts", "file:///%E6%97%A5.ts"},
+            {"/bad\xff\n.ts", "file:///bad%FF%0A.ts"}, {"relative.mpg", ""}, {"", ""}};
     for (const auto& [path, uri] : kUris) {
         EXPECT_EQ(ThumbnailCache::UriOf(path), uri);
     }

@@ -85,9 +85,9 @@ TEST_F(ThumbnailMakerTest, ShowsRecordingsInTheirShape)
     const struct {
         const char* path;
         int height;    // beside a width of 256
-    } kFilms[] = {{"mpeg2_mp2.mpg", 192}, {"mpeg1_mp2.mpg", 209}, {"ts_1080i.ts", 144}, {"ts_192byte.ts", 192}, {"ts_204byte.ts", 192}, {"ts_h264_aac.ts", 205},
-        {"mpeg2_lpcm.vob", 192}, {"single_iframe.mpg", 192}, {"bad/no_pat.ts", 192}, {"bad/truncated.mpg", 192}, {"dvd", 192}, {"dvd/VIDEO_TS", 192},
-        {"dvd.iso", 192}, {"dvd.iso~VTS_02", 192}};
+    } kFilms[] = {{"mpeg2_mp2.mpg", 192}, {"mpeg1_mp2.mpg", 209}, {"ts_1080i.ts", 144}, {"ts_192byte.ts", 192}, {"ts_204byte.ts", 192},
+        {"ts_h264_aac.ts", 205}, {"mpeg2_lpcm.vob", 192}, {"single_iframe.mpg", 192}, {"bad/no_pat.ts", 192}, {"bad/truncated.mpg", 192},
+        {"dvd", 192}, {"dvd/VIDEO_TS", 192}, {"dvd.iso", 192}, {"dvd.iso~VTS_02", 192}};
     for (const auto& film : kFilms) {
         const std::string picture = PictureOf(kFixtures + film.path);
         const Look look = LookAt(picture);
@@ -167,13 +167,15 @@ TEST_F(ThumbnailMakerTest, PassesOverADarkBeginning)
     // The first two fifths, also by bytes: noise makes black cost as much as pictures do.
     const std::string film = m_Films / "dark.ts";
     const std::string command = "ffmpeg -v error -f lavfi -i color=black:s=352x288:r=25:d=2 -f lavfi -i testsrc=s=352x288:r=25:d=3 "
-                                "-filter_complex concat=n=2:v=1,noise=c0s=12:c0f=t -c:v mpeg2video -q:v 4 -g 12 -f mpegts '" + film + "' < /dev/null";
+                                "-filter_complex concat=n=2:v=1,noise=c0s=12:c0f=t -c:v mpeg2video -q:v 4 -g 12 -f mpegts '"
+        + film + "' < /dev/null";
     ASSERT_EQ(system(command.c_str()), 0);
     EXPECT_GT(LookAt(PictureOf(film)).bright, 180);
 
     // Nothing but dark is shown as it is.
     const std::string night = m_Films / "night.ts";
-    ASSERT_EQ(system(("ffmpeg -v error -f lavfi -i color=black:s=352x288:r=25:d=1 -c:v mpeg2video -f mpegts '" + night + "' < /dev/null").c_str()), 0);
+    ASSERT_EQ(
+        system(("ffmpeg -v error -f lavfi -i color=black:s=352x288:r=25:d=1 -c:v mpeg2video -f mpegts '" + night + "' < /dev/null").c_str()), 0);
     EXPECT_EQ(LookAt(PictureOf(night)).width, 256);
 }
 
@@ -200,8 +202,9 @@ TEST(FrameGrabTest, FitsPicturesWithoutEnlarging)
         int width, height;
         double sample;
         int fittedWidth, fittedHeight;
-    } kCases[] = {{720, 576, 16.0 / 15, 256, 192}, {720, 576, 64.0 / 45, 256, 144}, {1920, 1080, 1, 256, 144}, {1440, 1080, 4.0 / 3, 256, 144}, {576, 1024, 1, 144, 256},
-        {160, 120, 1, 160, 120}, {480, 576, 0, 213, 256}, {16384, 16, 1e9, 256, 1}, {16, 16384, 1e-9, 1, 256}, {1, 1, 1, 1, 1}};
+    } kCases[] = {{720, 576, 16.0 / 15, 256, 192}, {720, 576, 64.0 / 45, 256, 144}, {1920, 1080, 1, 256, 144}, {1440, 1080, 4.0 / 3, 256, 144},
+        {576, 1024, 1, 144, 256}, {160, 120, 1, 160, 120}, {480, 576, 0, 213, 256}, {16384, 16, 1e9, 256, 1}, {16, 16384, 1e-9, 1, 256},
+        {1, 1, 1, 1, 1}};
     for (const auto& test : kCases) {
         int width = 0;
         int height = 0;
@@ -226,7 +229,8 @@ TEST(FrameGrabTest, SurvivesDamageOfEveryKind)
             ASSERT_EQ(write(fd, bytes.data(), bytes.size()), ssize_t(bytes.size()));
             SmallPicture picture;
             // It may lie about its size: the file has shrunk since.
-            const Grab grab = GrabPicture(fd, int64_t(bytes.size()) * (round % 3 + 1), round % 4 == 3, [] { return false; }, picture);
+            const Grab grab = GrabPicture(
+                fd, int64_t(bytes.size()) * (round % 3 + 1), round % 4 == 3, [] { return false; }, picture);
             EXPECT_EQ(grab == Grab::kPicture, !picture.pixels.empty()) << name << " " << round;
             close(fd);
         }

@@ -137,7 +137,9 @@ TEST_F(ThumbnailServiceTest, IsPutOffWhileACallWaits)
     std::mutex mutex;
     std::unique_lock lock(mutex);
     host::Waiter waiter;
-    EXPECT_EQ(waiter.Wait(lock, [] { return g_AfterWait != nullptr; }, host::Clock::now() + kPatience), host::WaitResult::kDone);
+    EXPECT_EQ(waiter.Wait(
+                  lock, [] { return g_AfterWait != nullptr; }, host::Clock::now() + kPatience),
+        host::WaitResult::kDone);
     EXPECT_TRUE(client.answers.empty());
     g_AfterWait();
     EXPECT_EQ(client.answers.size(), 1u);

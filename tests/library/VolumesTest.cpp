@@ -96,8 +96,8 @@ TEST(MountTableTest, ChoosesWhatAViewerLooksFor)
 
 TEST(VolumeNamesTest, AreCleanAndUniqueAndStay)
 {
-    const std::pair<const char*, const char*> kNames[] = {{"Films", "Films"}, {"a/b\nc", "a_b_c"}, {".hidden", "_hidden"}, {"..", "_."}, {"", "Disk"}, {"  ", "Disk"},
-        {"Vidéos", "Vidéos"}, {"\xff\xfe", "\xef\xbf\xbd\xef\xbf\xbd"}};
+    const std::pair<const char*, const char*> kNames[] = {{"Films", "Films"}, {"a/b\nc", "a_b_c"}, {".hidden", "_hidden"}, {"..", "_."}, {"", "Disk"},
+        {"  ", "Disk"}, {"Vidéos", "Vidéos"}, {"\xff\xfe", "\xef\xbf\xbd\xef\xbf\xbd"}};
     for (const auto& [given, clean] : kNames) {
         EXPECT_EQ(CleanVolumeName(given), clean);
     }
@@ -109,7 +109,8 @@ TEST(VolumeNamesTest, AreCleanAndUniqueAndStay)
     EXPECT_EQ(CleanVolumeName("a" + longName), "a" + longName.substr(0, 117));
 
     const std::vector<VolumeLink> wanted = {{"Films", "/a"}, {"Films", "/b"}, {"Films", "/c"}};
-    EXPECT_THAT(NameVolumes(wanted, {}, {"Films (2)"}), ElementsAre(VolumeLink {"Films", "/a"}, VolumeLink {"Films (3)", "/b"}, VolumeLink {"Films (4)", "/c"}));
+    EXPECT_THAT(NameVolumes(wanted, {}, {"Films (2)"}),
+        ElementsAre(VolumeLink {"Films", "/a"}, VolumeLink {"Films (3)", "/b"}, VolumeLink {"Films (4)", "/c"}));
     // The first is gone: the second keeps the name that the viewer knows.
     EXPECT_THAT(NameVolumes({{"Films", "/c"}, {"Films", "/b"}}, {{"Films", "/a"}, {"Films (2)", "/b"}}, {}),
         ElementsAre(VolumeLink {"Films", "/c"}, VolumeLink {"Films (2)", "/b"}));
@@ -178,7 +179,8 @@ TEST_F(VolumeFolderTest, LeavesOthersFilesInItAlone)
     fs::remove(m_Path + "/B");
 
     ASSERT_EQ(Show({{"Server", "/mnt/s"}, {"Disc", "/mnt/d"}, {"A", "/mnt/a"}}), Result::kShown);
-    EXPECT_EQ(LinksIn(m_Path), (Links {{"Server", "upnp:1234"}, {"Server (2)", "/mnt/s"}, {"Disc (2)", "/mnt/d"}, {"A", "/elsewhere"}, {"A (2)", "/mnt/a"}}));
+    EXPECT_EQ(LinksIn(m_Path),
+        (Links {{"Server", "upnp:1234"}, {"Server (2)", "/mnt/s"}, {"Disc (2)", "/mnt/d"}, {"A", "/elsewhere"}, {"A (2)", "/mnt/a"}}));
     ASSERT_EQ(Show({}), Result::kShown);
     EXPECT_EQ(LinksIn(m_Path), (Links {{"Server", "upnp:1234"}, {"A", "/elsewhere"}}));
     EXPECT_TRUE(fs::is_directory(m_Path + "/Disc"));
@@ -241,7 +243,8 @@ TEST_F(VolumeFolderTest, WaitsForAnotherPlayerAndMendsWhatOneLeft)
     for (int i = 0; i < 4; ++i) {
         players.emplace_back([this] {
             for (int round = 0; round < 50; ++round) {
-                static_cast<void>(Show(round % 2 == 0 ? std::vector<VolumeLink> {{"B", "/mnt/b"}, {"C", "/mnt/c"}} : std::vector<VolumeLink> {{"C", "/mnt/c"}}));
+                static_cast<void>(
+                    Show(round % 2 == 0 ? std::vector<VolumeLink> {{"B", "/mnt/b"}, {"C", "/mnt/c"}} : std::vector<VolumeLink> {{"C", "/mnt/c"}}));
             }
         });
     }
