@@ -39,8 +39,8 @@ HEADERS = {
 # library: how its headers begin, and the rooms that may see it
 LIBRARIES = {
     "SDL": (r"SDL", {"host/screen", "host/decoder"}),
-    "FFmpeg": (r"libav|libswresample", {"host/decoder", "host/library"}),
-    "libswscale": (r"libswscale", {"host/decoder", "host/library", "host/screen"}),
+    "FFmpeg": (r"libav(?!util)|libswresample", {"host/decoder", "host/library"}),
+    "libswscale and libavutil": (r"libswscale|libavutil", {"host/decoder", "host/library", "host/screen"}),
     "Cairo and Pango": (r"cairo|pango", {"host/library", "host/screen"}),
     "libjpeg": (r"jpeglib|jerror|turbojpeg", {"host/remote", "host/screen"}),
     "libcurl": (r"curl/", {"host/network"}),
