@@ -128,6 +128,7 @@ private:
     bool LoadFilelist(const char* path);
     static const CascadeString& ShownName(const EFileBrowser::FileInfo& entry);
     void EndOfQueue();
+    void TellBuffering();
     void ShowProgress();
 
     // Keys (NuvidAppKeys.cpp); KeyTable.h says which key does what.
@@ -212,6 +213,7 @@ private:
     MDeleteDialog* m_pDeleteDialog = nullptr;    // owns itself; null when it is not on the screen
     bool m_bBrowsePending = false;    // the browser comes back after the menu key or the deletion
     int m_nBrowseMode = kBrowseOpen;    // what a chosen file is for
+    uint32_t m_nStarvingTicks = 0;    // how long the picture has stopped for lack of data
     CascadeString m_BrowseTitle;
     EFileBrowser::FileInfo m_SelectedEntry;    // the last one chosen
     EFileBrowser::FileInfo m_CurrentEntry;    // the one being opened or played

@@ -1,4 +1,5 @@
 // Opening, moving along the queue, the end of a file, and the status line.
+#include <algorithm>
 #include <cstdio>
 
 #include "app/NuvidApp.h"
@@ -26,6 +27,17 @@ void NuvidApp::TimerSeq()
     m_Windows.Tick();
     m_Sequence.Tick();
     m_Decoder.Tick();
+    TellBuffering();
+}
+
+// Again and again as long as it lasts: the text goes by itself.
+void NuvidApp::TellBuffering()
+{
+    if (!m_Decoder.IsStarving()) {
+        m_nStarvingTicks = 0;
+    } else if (m_nStarvingTicks++ % std::max(m_Options.infoTimeoutMs / kTickMs, 1U) == 0) {
+        Info("Buffering...");
+    }
 }
 
 // ---- opening

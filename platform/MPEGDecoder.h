@@ -48,6 +48,10 @@ public:
     // `scale` is where on the output that part goes. Pixels of the output resolution.
     [[nodiscard]] bool SetOutputAndScaleRects(const CascadeRect& output, const CascadeRect& scale);
 
+    // Picture and sound have stopped for lack of data: OnFillBuffer has not returned for a while, and all that
+    // was fed before has been played.
+    bool IsStarving() const;
+
     virtual unsigned long OnFillBuffer(unsigned char* buffer, unsigned long length) = 0;
     virtual void OnDecoderError() = 0;
 

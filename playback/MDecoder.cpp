@@ -33,6 +33,11 @@ bool MDecoder::IsVideoRunning() const
     return g_bVideoRunning;
 }
 
+bool MDecoder::IsStarving() const
+{
+    return IsVideoRunning() && m_pHWDecoder->IsStarving();
+}
+
 bool MDecoder::CurStreamIsHTTP() const
 {
     return m_bFileOpen != 0 && m_pHWDecoder->GetKind() == MHWDecoder::Kind::kHTTP;

@@ -52,6 +52,7 @@ public:
     bool IsStreaming() const { return m_bStreaming != 0; }
     int GetState() const { return m_bPlaying; }    // 1 playing, 2 paused, otherwise stopped
     bool IsVideoRunning() const;                   // streaming engaged and the end not reached
+    bool IsStarving() const;                       // picture and sound have stopped for lack of data
     bool CurStreamIsHTTP() const;
     bool CurStreamIsISO() const;
     // The next three answer a text that lives until the same query is asked again.

@@ -140,6 +140,12 @@ bool FeedRing::WaitForData(Opening::Number opening)
     return m_Opening.Is(opening);
 }
 
+bool FeedRing::IsWaitingForSource(std::chrono::milliseconds atLeast) const
+{
+    std::lock_guard lock(m_Mutex);
+    return m_bStreaming && m_bInCallback && m_Filled.empty() && Clock::now() - m_CallbackSince >= atLeast;
+}
+
 void FeedRing::ReportError()
 {
     {
@@ -214,6 +220,7 @@ void FeedRing::Offer(std::unique_lock<std::mutex>& lock)
     Buffer& buffer = m_Buffers[m_nNext];
     const size_t size = buffer.bytes.size();
     m_bInCallback = true;
+    m_CallbackSince = Clock::now();
     lock.unlock();
     size_t got = 0;
     bool stuffing = false;

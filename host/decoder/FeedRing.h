@@ -55,6 +55,9 @@ public:
     bool IsBeingStopped() const { return m_Token.IsInterrupted(); }
     bool RestUnlessStopped(uint32_t milliseconds) const;
 
+    // Everything was taken, and the callback under way has been waiting for its source for so long. Any thread.
+    bool IsWaitingForSource(std::chrono::milliseconds atLeast) const;
+
     uint64_t BytesFed() const { return m_nBytesFed; }
     uint64_t Fills() const { return m_nFills; }
     size_t BytesHeld() const { return m_nBytesHeld; }
@@ -89,6 +92,7 @@ private:
     bool m_bLastFillShort = false;
     bool m_bStreaming = false;
     bool m_bInCallback = false;
+    Clock::time_point m_CallbackSince;    // of a fill
     bool m_bErrorAsked = false;
     bool m_bQuit = false;
     std::atomic<uint64_t> m_nBytesFed{0};

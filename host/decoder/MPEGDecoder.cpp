@@ -15,6 +15,8 @@ constexpr uint32_t kMostBuffers = 32;
 constexpr uint32_t kUsualBufferSize = 192512;    // 1,024 transport packets
 constexpr uint32_t kLargestBuffer = 16u << 20;
 constexpr int64_t kShortTail = 90 * 200;    // 200 ms
+constexpr std::chrono::milliseconds kSlowSource {500};    // a disk or a server answers within less
+constexpr int64_t kSilence = 90 * 20;    // 20 ms
 
 }    // namespace
 
@@ -31,13 +33,14 @@ public:
     bool Pause();
     bool Close();
     bool Place(const CascadeRect& output, const CascadeRect& scale);
+    bool IsStarving();
     const host::FeedRing& Ring() const { return m_Ring; }
 
 private:
     bool IsNearlyPlayedOut();    // any thread
     void StartThreads();
     void KickAll();
-    std::string Stats() const;
+    std::string Stats();
     static void RegisterStats();
 
     static Impl* s_pLatest;    // whose statistics are asked for; user-interface thread
@@ -101,11 +104,12 @@ void MPEGDecoder::Impl::RegisterStats()
     }
 }
 
-std::string MPEGDecoder::Impl::Stats() const
+std::string MPEGDecoder::Impl::Stats()
 {
     host::DecoderStats::Feed feed;
     feed.bytesFed = m_Ring.BytesFed();
     feed.fills = m_Ring.Fills();
+    feed.starving = IsStarving();
     feed.bytesInFlight = m_Ring.BytesHeld() + m_Store.BytesHeld(host::CodedStore::kVideo);
     const std::optional<int64_t> start = m_Clock.Start();
     return m_Stats.Json(feed, start && m_bOpen ? m_Clock.TicksAt(host::Clock::now()) - *start : 0);
@@ -114,6 +118,12 @@ std::string MPEGDecoder::Impl::Stats() const
 bool MPEGDecoder::Impl::IsNearlyPlayedOut()
 {
     return m_Store.IsDrained() && m_Present.TicksHeld() <= kShortTail && m_Sink.BufferedTicks() <= kShortTail;
+}
+
+// Without the coded data in between: with nothing behind it, that is decoded as soon as there is room.
+bool MPEGDecoder::Impl::IsStarving()
+{
+    return m_bOpen && m_Ring.IsWaitingForSource(kSlowSource) && m_Present.TicksHeld() == 0 && m_Sink.BufferedTicks() <= kSilence;
 }
 
 void MPEGDecoder::Impl::StartThreads()
@@ -266,6 +276,11 @@ bool MPEGDecoder::Close()
 bool MPEGDecoder::SetOutputAndScaleRects(const CascadeRect& output, const CascadeRect& scale)
 {
     return m_pImpl->Place(output, scale);
+}
+
+bool MPEGDecoder::IsStarving() const
+{
+    return m_pImpl->IsStarving();
 }
 
 bool MPEGDecoder::IsBeingStopped() const

@@ -155,4 +155,22 @@ TEST_F(WaitingTest, AWalkAlongTheQueueStopsWhereItsWaitWasEnded)
     EXPECT_TRUE(Shows("Stop"));
 }
 
+TEST_F(WaitingTest, StoppedPictureSaysThatItWaitsForData)
+{
+    Play({MakeFile("a.mpg")});
+    TestDecoder::SetStarving(true);
+    Tick(1);
+    EXPECT_TRUE(Shows("Buffering..."));
+    Tick(60);    // longer than a text stays
+    EXPECT_TRUE(Shows("Buffering..."));
+    TestDecoder::SetStarving(false);
+    Tick(60);
+    EXPECT_FALSE(Shows("Buffering..."));
+    // A paused one waits for nothing.
+    TestPlatform::PressKey(Remote::kPause);
+    TestDecoder::SetStarving(true);
+    Tick(10);
+    EXPECT_FALSE(Shows("Buffering..."));
+}
+
 }    // namespace

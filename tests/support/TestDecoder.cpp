@@ -19,6 +19,7 @@ std::map<std::string, bool> g_Results;    // guarded by g_Mutex
 std::function<void(uint32_t)> g_OnRest;    // guarded by g_Mutex
 int g_nRests = 0;    // guarded by g_Mutex
 std::atomic<bool> g_bBeingStopped {false};
+bool g_bStarving = false;
 
 struct Ring {
     MPEGDecoder* decoder = nullptr;
@@ -115,6 +116,11 @@ bool MPEGDecoder::SetOutputAndScaleRects(const CascadeRect& output, const Cascad
     return Record("SetOutputAndScaleRects", {output.left, output.top, output.width, output.height, scale.left, scale.top, scale.width, scale.height});
 }
 
+bool MPEGDecoder::IsStarving() const
+{
+    return g_bStarving;
+}
+
 bool MPEGDecoder::IsBeingStopped() const
 {
     return g_bBeingStopped;
@@ -143,6 +149,7 @@ void TestInternals::ResetDecoder()
     g_OnRest = nullptr;
     g_nRests = 0;
     g_bBeingStopped = false;
+    g_bStarving = false;
     g_Ring = {};
 }
 
@@ -235,6 +242,11 @@ void Fail()
     if (g_Ring.decoder != nullptr) {
         g_Ring.decoder->OnDecoderError();
     }
+}
+
+void SetStarving(bool starving)
+{
+    g_bStarving = starving;
 }
 
 void SetBeingStopped(bool stopped)

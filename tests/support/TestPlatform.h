@@ -178,6 +178,7 @@ std::string Pull(unsigned long length = 0);
 std::string PullBytes(size_t atLeast);    // until so many, or a fill of 0
 void Fail();                              // calls OnDecoderError
 
+void SetStarving(bool starving);    // what IsStarving answers
 // For callbacks: what IsBeingStopped answers. A rest moves the clock instead of taking time.
 void SetBeingStopped(bool stopped);
 void SetOnRest(std::function<void(uint32_t ms)> onRest);
