@@ -80,7 +80,7 @@ class Player:
         self._changed = threading.Condition()
         self._link = None
         self._lock = threading.Lock()
-        command = [PROGRAM, "--headless", "--ecp=127.0.0.1:0", f"--state={self.state}", *options, *arguments]
+        command = [PROGRAM, "--headless", "--ecp=127.0.0.1:0", "--volumes=off", f"--state={self.state}", *options, *arguments]
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         self._reader = threading.Thread(target=self._read, daemon=True)
         self._reader.start()
