@@ -11,6 +11,16 @@ namespace {
 constexpr const char* kNotPaired = "Not paired";
 constexpr const char* kTooOften = "Too often";
 
+// The first word, in lower case; `text` becomes what follows the blank behind it.
+std::string TakeWord(std::string_view& text)
+{
+    const size_t end = std::min(text.find(' '), text.size());
+    std::string word(text.substr(0, end));
+    std::transform(word.begin(), word.end(), word.begin(), [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return word;
+}
+
 AdmissionReply Pair(std::string_view code, Pairing& pairing)
 {
     if (code.empty()) {
@@ -34,16 +44,13 @@ AdmissionReply Pair(std::string_view code, Pairing& pairing)
 
 AdmissionReply RunAdmissionCommand(const std::string& command, Pairing* pairing)
 {
-    constexpr std::string_view kPair = "Cascade pair";
-    constexpr std::string_view kToken = "Cascade token ";
-    const std::string_view line = command;
-    if (pairing == nullptr) {
-        return {kNotPaired};
+    std::string_view rest = command;
+    const bool isOurs = TakeWord(rest) == "cascade";
+    const std::string word = TakeWord(rest);
+    if (pairing != nullptr && isOurs && word == "pair") {
+        return Pair(rest, *pairing);
     }
-    if (line == kPair || (line.starts_with(kPair) && line[kPair.size()] == ' ')) {
-        return Pair(line.substr(std::min(line.size(), kPair.size() + 1)), *pairing);
-    }
-    if (line.starts_with(kToken) && pairing->Knows(line.substr(kToken.size()))) {
+    if (pairing != nullptr && isOurs && word == "token" && pairing->Knows(rest)) {
         return {"OK", true};
     }
     return {kNotPaired};

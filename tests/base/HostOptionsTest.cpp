@@ -47,7 +47,7 @@ TEST(HostOptionsTest, TakesItsOwnWordsOutAndLeavesTheOthersInOrder)
 TEST(HostOptionsTest, NamesTheWordThatIsWrong)
 {
     for (const char* const word : {"--window=", "--window=800", "--window=0x600", "--window=800x", "--window=800x600x", "--window=-1x5",
-             "--window=99999999999x1", "--fullscreen=yes", "--ecp", "--ecp=", "--ecp=localhost", "--ecp=:4747", "--ecp=host:65536", "--ecp=host:47x",
+             "--window=99999999999x1", "--fullscreen=yes", "--ecp", "--ecp=", "--ecp=localhost", "--ecp=:4747", "--ecp=host:65536", "--ecp=host:47x", "--remote", "--remote=0.0.0.0",
              "--deinterlace", "--deinterlace=maybe", "--aspect=", "--state", "--state=", "--audio", "--help=me"}) {
         const host::ParsedCommandLine parsed = Parse({word, "film"});
         const std::string option = std::string(word).substr(0, std::string(word).find('='));

@@ -377,7 +377,7 @@ TEST(ControlServices, BeyondThisDeviceOnlyPairedClientsAreHeard)
 
         Client second(port);
         EXPECT_EQ(second.Ask("Cascade help"), "Not paired");
-        EXPECT_EQ(second.Ask("Cascade token t0ken"), "OK");
+        EXPECT_EQ(second.Ask("cascade TOKEN t0ken"), "OK");
         EXPECT_TRUE(second.Ask("Cascade help").starts_with("Cascade"));
         EXPECT_EQ(second.Ask("Cascade unpair"), "OK");
         EXPECT_EQ(first.Ask("Cascade help"), "Not paired");

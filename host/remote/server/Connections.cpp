@@ -16,14 +16,17 @@ void ShutDown(GSocketConnection* connection)
 
 }    // namespace
 
-std::string NumericAddress(GSocketAddress* address)
+std::string NumericAddress(GSocketAddress* socketAddress)
 {
-    if (!G_IS_INET_SOCKET_ADDRESS(address)) {
+    if (!G_IS_INET_SOCKET_ADDRESS(socketAddress)) {
         return {};
     }
     const std::unique_ptr<char, decltype(&g_free)> text(
-        g_inet_address_to_string(g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(address))), &g_free);
-    return text.get();
+        g_inet_address_to_string(g_inet_socket_address_get_address(G_INET_SOCKET_ADDRESS(socketAddress))), &g_free);
+    // A socket for both families calls the older one's addresses so (RFC 4291 2.5.5.2).
+    constexpr std::string_view kMapped = "::ffff:";
+    const std::string_view address = text.get();
+    return std::string(address.starts_with(kMapped) && address.find('.') != std::string_view::npos ? address.substr(kMapped.size()) : address);
 }
 
 Connections::Connections(GMainContext* context)
@@ -43,6 +46,12 @@ bool Connections::Admit(GSocketConnection* connection, GSocketAddress* peer)
 {
     const std::string device = NumericAddress(peer);
     const auto ofOne = std::count_if(m_Entries.begin(), m_Entries.end(), [&device](const Entry& entry) { return entry.device == device; });
+    if (m_Rates.size() > kMost) {
+        m_Rates.clear();    // devices beyond counting are held by the number of connections
+    }
+    if (!m_Rates.try_emplace(device, kBurst, kPerSecond).first->second.Take(Clock::now())) {
+        return false;
+    }
     if (m_Entries.size() >= kMost || static_cast<size_t>(ofOne) >= kMostOfOne) {
         return false;
     }

@@ -7,11 +7,13 @@
 #pragma once
 
 #include <list>
+#include <map>
 #include <string>
 
 #include <gio/gio.h>
 
 #include "host/base/UiQueue.h"
+#include "host/remote/server/RateLimit.h"
 #include "host/remote/server/Timer.h"
 
 namespace host {
@@ -20,6 +22,8 @@ class Connections {
 public:
     static constexpr size_t kMost = 64;
     static constexpr size_t kMostOfOne = 24;    // of one device: a page needs six or seven
+    static constexpr double kBurst = 100;    // connections of one device in a row, then so many a second
+    static constexpr double kPerSecond = 25;
     static constexpr auto kPatience = std::chrono::seconds(10);
 
     explicit Connections(GMainContext* context);
@@ -43,6 +47,7 @@ private:
     static void OnGone(gpointer entry, GObject*);
 
     std::list<Entry> m_Entries;
+    std::map<std::string, RateLimit> m_Rates;    // by device
     Timer m_Timer;
 };
 

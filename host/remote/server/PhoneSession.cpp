@@ -60,9 +60,15 @@ void PhoneSession::Begin()
     g_signal_connect(m_pSocket, "closed", G_CALLBACK(onClosed), this);
 }
 
+// The phone may have begun to close it.
+bool PhoneSession::IsOpen() const
+{
+    return !m_bOver && soup_websocket_connection_get_state(m_pSocket) == SOUP_WEBSOCKET_STATE_OPEN;
+}
+
 void PhoneSession::End()
 {
-    if (!m_bOver && soup_websocket_connection_get_state(m_pSocket) == SOUP_WEBSOCKET_STATE_OPEN) {
+    if (IsOpen()) {
         m_bOver = true;
         ReleaseKeys(true);
         soup_websocket_connection_close(m_pSocket, SOUP_WEBSOCKET_CLOSE_POLICY_VIOLATION, nullptr);
@@ -149,7 +155,7 @@ RemotePlayer::Done PhoneSession::Answer(uint32_t number)
 {
     return [self = weak_from_this(), number] {
         const std::shared_ptr<PhoneSession> session = self.lock();
-        if (session != nullptr && !session->m_bOver) {
+        if (session != nullptr && session->IsOpen()) {
             soup_websocket_connection_send_text(session->m_pSocket, ("{\"ok\":" + std::to_string(number) + "}").c_str());
         }
     };
@@ -167,7 +173,7 @@ void PhoneSession::Tick()
 void PhoneSession::ShowState(const std::string& json)
 {
     const Clock::time_point now = Clock::now();
-    if (m_bOver || m_bStateUnderway || (json == m_State && now - m_StateSent < kStateAgain)) {
+    if (!IsOpen() || m_bStateUnderway || (json == m_State && now - m_StateSent < kStateAgain)) {
         return;
     }
     m_State = json;
@@ -178,7 +184,7 @@ void PhoneSession::ShowState(const std::string& json)
 
 void PhoneSession::ShowPicture(uint64_t number, GBytes* jpeg)
 {
-    if (m_bOver || !WantsPicture() || number == m_nPicture) {
+    if (!IsOpen() || !WantsPicture() || number == m_nPicture) {
         return;
     }
     m_nPicture = number;

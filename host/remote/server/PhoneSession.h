@@ -44,6 +44,7 @@ private:
     void OnMessage(const PhoneMessage& message);
     void OnKey(const PhoneMessage& message);
     void ReleaseKeys(bool all);
+    bool IsOpen() const;
     void End();
     RemotePlayer::Done Answer(uint32_t number);
 
