@@ -270,6 +270,7 @@ TEST_F(KeysTest, WithoutAFileTheKeysOfAFileDoNothing)
 TEST_F(KeysTest, ThePageOfTheRemoteSaysWhatEachKeyDoes)
 {
     std::ifstream page(NUVID_SOURCE "/docs/remote.md");
+    constexpr unsigned long kFirstOfHost = 0x20000;    // keys that no player ever sees
     std::set<unsigned long> told;
     for (std::string line; std::getline(page, line);) {
         const size_t code = line.find("| 0x");
@@ -277,6 +278,9 @@ TEST_F(KeysTest, ThePageOfTheRemoteSaysWhatEachKeyDoes)
             continue;
         }
         const unsigned long key = std::stoul(line.substr(code + 2), nullptr, 16);
+        if (key >= kFirstOfHost) {
+            continue;
+        }
         const KeyTable::Row* const row = KeyTable::Find(key);
         ASSERT_NE(row, nullptr) << line;
         EXPECT_TRUE(Has(line, std::string("| ") + row->meaning + " |")) << line;
