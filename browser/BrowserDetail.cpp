@@ -8,6 +8,7 @@
 namespace {
 
 constexpr int kHeadingLines = 3;
+constexpr int kFactLines = 2;    // of each
 constexpr int kGap = 10;
 constexpr int kLineGap = 4;
 constexpr int kFrameRadius = 10;
@@ -133,7 +134,7 @@ void BrowserDetail::OnPaint(CascadeBitmap& bitmap)
     int top = BrowserLayout::kPicture.Bottom() + kGap + kLineGap;
     top = PaintLines(bitmap, top, FitLines(m_Content.heading, width, m_HeadingFont, kHeadingLines), m_HeadingFont, m_Palette.text) + kGap;
     for (const CascadeString& fact : m_Content.facts) {
-        top = PaintLines(bitmap, top, FitLines(fact, width, m_TextFont, 1), m_TextFont, m_Palette.quiet);
+        top = PaintLines(bitmap, top, FitLines(fact, width, m_TextFont, kFactLines), m_TextFont, m_Palette.quiet);
     }
     PaintDescription(bitmap, top + kGap);
 }

@@ -17,6 +17,7 @@
 
 #include "browser/BackgroundJob.h"
 #include "browser/BrowserDetail.h"
+#include "browser/BrowserItem.h"
 #include "browser/EInfoWindow.h"
 #include "browser/FolderConfig.h"
 #include "browser/FolderScan.h"
@@ -112,21 +113,9 @@ private:
     // Everywhere but in kListed the keys do nothing but leave.
     enum class Phase { kClosed, kOpening, kWaiting, kScanning, kAskingPassword, kListed };
 
-    enum class ItemKind : uint8_t { kLeave, kParent, kFolder, kFile, kDevice, kContainer, kMedia, kText };
-    struct ItemFacts {
-        uint64_t totalSize = 0;    // of a recording's files together
-        uint32_t parts = 1;
-        ItemKind kind = ItemKind::kText;
-    };
-
-    // What belongs to the folder on the screen, kept so that a folder which does not answer can be left for it.
-    struct Place {
-        CascadeString folder;    // ends in "/"
-        CascadeString previous;    // shown before it
-        CascadeString pattern;
-        int filter = kFilterAll;
-        int iconMode = kIconsSmall;
-    };
+    using ItemKind = BrowserItemKind;
+    using ItemFacts = BrowserItemFacts;
+    using Place = BrowserPlace;
 
     // Entering and scanning (EFileBrowserScan.cpp).
     void OnConfigRead(const FolderConfig& config);

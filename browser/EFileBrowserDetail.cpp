@@ -22,6 +22,14 @@ CascadeString SizeText(uint64_t bytes)
     return bytes < kMegabyte ? EUtils::GetFileSizeKBString(bytes) : EUtils::GetFileSizeString(bytes);
 }
 
+CascadeString DurationText(int32_t seconds)
+{
+    constexpr int kMinute = 60;
+    constexpr int kHour = 60 * kMinute;
+    return seconds < kHour ? CascadeString::Format("%d:%02d min", seconds / kMinute, seconds % kMinute) :
+                             CascadeString::Format("%d h %02d min", seconds / kHour, seconds % kHour / kMinute);
+}
+
 CascadeString DateText(int64_t seconds)
 {
     const auto time = static_cast<time_t>(seconds);
@@ -81,7 +89,7 @@ void EFileBrowser::OnTimer(unsigned long id)
 void EFileBrowser::Tick()
 {
     if (m_nPatience > 0 && --m_nPatience == 0) {
-        ShowWait(m_Phase == Phase::kOpening ? "Reading the folder..." : "Reading the disc...");
+        ShowWait(IsInServer() ? "Asking the server..." : m_Phase == Phase::kOpening ? "Reading the folder..." : "Reading the disc...");
     }
     if (m_nNoticeCountdown > 0 && --m_nNoticeCountdown == 0) {
         m_Notice.Empty();
@@ -200,9 +208,13 @@ void EFileBrowser::ShowDetail(const ItemDetail& detail)
     }
     BrowserDetail::Content content;
     content.heading = detail.info.file.IsEmpty() || detail.info.IsOfParentFolder() ? CascadeString(m_List.GetText(item, 0)) : Titled(detail.info);
-    if (facts->kind == ItemKind::kFolder) {
+    if (detail.isDVD && detail.duration > 0) {
+        content.facts.push_back("DVD, " + DurationText(detail.duration));
+    } else if (facts->kind == ItemKind::kFolder || detail.isDVD) {
         content.facts.push_back(detail.isDVD ? "DVD" : "Folder");
-    } else if (!m_bHideSize) {
+    }
+    // A folder's size would take a walk through all that is below.
+    if (facts->kind != ItemKind::kFolder && !m_bHideSize) {
         const CascadeString size = SizeText(facts->totalSize);
         content.facts.push_back(facts->parts > 1 ? size + CascadeString::Format(" in %u files", facts->parts) : size);
     }

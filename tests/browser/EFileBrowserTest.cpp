@@ -266,6 +266,17 @@ TEST_F(DVDChoice, AProtectedDiscAsksBeforeItPlays)
     ExpectSettled(m_Folder / "disc/VIDEO_TS/VTS_02_1.VOB", m_Folder / "disc");
 }
 
+TEST_F(DVDChoice, ThePaneTellsItsRunningTime)
+{
+    std::filesystem::create_symlink(NUVID_FIXTURES "/dvd", m_Folder / "disc");
+    std::filesystem::create_symlink(NUVID_FIXTURES "/dvd.iso", m_Folder / "image.iso");
+    OpenAndList();
+    EXPECT_THAT(Painted("Browser detail"), testing::ContainsRegex("DVD, 0:[0-9][0-9] min"));
+    Press(Remote::kDown);
+    EXPECT_EQ("image.iso", Cursor());
+    EXPECT_THAT(Painted("Browser detail"), testing::ContainsRegex("DVD, 0:[0-9][0-9] min"));
+}
+
 TEST_F(DVDChoice, ItsFolderCanStillBeLookedInto)
 {
     MakeDVD("disc");
