@@ -171,6 +171,7 @@ private:
     // Choosing and deleting (NuvidAppBrowse.cpp).
     void Browse(BrowseMode mode, const char* title);
     void FileBrowse();
+    bool IsBrowsing() const;
     void TakeSelected();
     void AskForDeletion();
     void QueueFile();

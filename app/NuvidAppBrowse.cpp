@@ -32,13 +32,16 @@ void NuvidApp::Browse(BrowseMode mode, const char* title)
     FileBrowse();
 }
 
+bool NuvidApp::IsBrowsing() const
+{
+    return m_pBrowser != nullptr && m_pBrowser->IsMaterialized();
+}
+
 // Never called by the browser itself: the one before goes here.
 void NuvidApp::FileBrowse()
 {
     const BrowsePlace place = BrowsePlace::Find(m_Options, m_SelectedEntry, BrowsePlace::MayBeFolder);
-    if (place.message != nullptr) {
-        Info(place.message);
-    }
+    m_Osd.ShowMessage({}, 0);    // an old text would show through behind the browser
     m_pBrowser = std::make_unique<EFileBrowser>();
     m_pBrowser->SetGraphicsPath(g_ThemeSelect.GetThemeImagesFolder());
     m_pBrowser->SetIconGraphicsPath(g_ThemeSelect.GetCommonImagesFolder());
@@ -64,6 +67,8 @@ void NuvidApp::FileBrowse()
         Info("Invalid directories specified!", "", "Defaulting to /mnt");
         m_Options.browseRoot = "/";
         m_Options.browseFolder = "/mnt";
+    } else if (place.message != nullptr) {
+        Info(place.message);
     }
 }
 

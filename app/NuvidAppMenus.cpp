@@ -85,7 +85,7 @@ bool NuvidApp::IsAnythingAsked() const
             return true;
         }
     }
-    return m_ResumeDialog.IsMaterialized() || m_pDeleteDialog != nullptr || (m_pBrowser != nullptr && m_pBrowser->IsMaterialized());
+    return m_ResumeDialog.IsMaterialized() || m_pDeleteDialog != nullptr || IsBrowsing();
 }
 
 void NuvidApp::OnMenu(unsigned long id)

@@ -264,6 +264,10 @@ void NuvidApp::JumpToPrevBookmark(bool repeated)
 
 void NuvidApp::Info(const char* text, const IconOrText& second, const char* line3, const char* line4, bool withProgress)
 {
+    if (IsBrowsing()) {    // which covers the screen, and has a line of its own for such texts
+        m_pBrowser->ShowNotice(CascadeString(text) + (*text == '\0' || *line3 == '\0' ? "" : ": ") + line3);
+        return;
+    }
     MyWindow::Message message;
     message.first = text;
     message.third = line3;

@@ -91,6 +91,7 @@ public:
     void RescanFolder();
     void RescanUPnPFolder();    // asks the media server for the container that is shown
     void Dismiss();    // leaves the screen without calling back
+    void ShowNotice(const char* text);    // for some seconds, in place of the hints
 
     // Path of the first file of the largest title set in a DVD folder, which may be given itself or as the
     // folder that holds `VIDEO_TS`; empty when there is none. With a `minSize` and a list, each title set
@@ -195,7 +196,6 @@ private:
     void AskDetail();
     void ShowDetail(const ItemDetail& detail);
     void ShowParentDetail();
-    void ShowNotice(const char* text);
     void ShowWait(const char* text);
     void HideWait();
     void AbandonJobs();

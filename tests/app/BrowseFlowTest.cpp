@@ -163,6 +163,8 @@ TEST_F(BrowseFlowTest, WhatComesFromOutsideTakesThePlaceOfTheBrowser)
     ASSERT_NE(Browser(), nullptr);
     TestPlatform::Command(("Nuvid queue " + b).c_str());
     EXPECT_NE(Browser(), nullptr);
+    EXPECT_TRUE(IsPainted("File added to the playlist: " + b));
+    EXPECT_FALSE(Shows("File added to the playlist"));    // it would show through
     TestPlatform::Command("Nuvid stop");
     EXPECT_EQ(Status(), "Playing");
     // What is chosen now is still to be opened, not queued.
@@ -192,13 +194,13 @@ TEST_F(BrowseFlowTest, FoldersThatAreNotThereAreToldAndReplaced)
 {
     Start({"-browseroot=/no such root", "-browsedir=" + m_Folder.Path(), "-nomenu"});
     TestPlatform::Tick();
-    EXPECT_TRUE(Shows("Invalid root directory!"));
+    EXPECT_TRUE(IsPainted("Invalid root directory!"));
     EXPECT_NE(Browser(), nullptr);
     m_pApp.reset();    // with the browser open
     TestPlatform::Reset();
     Start({"-browseroot=" + m_Folder.Path(), "-browsedir=/no such folder", "-nomenu"});
     TestPlatform::Tick();
-    EXPECT_TRUE(Shows("Invalid path directory!"));
+    EXPECT_TRUE(IsPainted("Invalid path directory!"));
 }
 
 // | Remote key | In the browser |
