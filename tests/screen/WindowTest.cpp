@@ -73,6 +73,29 @@ TEST_F(LoopTest, AHeldKeyThatClosesAWindowMeansNothingBelowIt)
     EXPECT_EQ((Log {Hex("main down", Remote::kExit), Hex("app down", Remote::kExit)}), Taken());
 }
 
+TEST_F(LoopTest, APhoneHoldsAndTypesAsAKeyboardDoes)
+{
+    RecordingWindow main(app.log, "main");
+    RecordingWindow menu(app.log, "menu");
+    main.Materialize();
+    menu.Materialize(CascadeWindow::kPlane1);
+    menu.TakeFocus();
+    menu.takesText = true;
+    menu.onKey = [&](unsigned long) { menu.Vanish(); };
+    Taken();
+    host::Hooks().typeText("\xC3\xA9");
+    CascadeInput::DispatchKeyDown(Remote::kSelect);
+    host::Hooks().repeatKey(Remote::kSelect);    // held on: the window that got it has gone
+    CascadeInput::DispatchKeyUp(Remote::kSelect);
+    Settle();
+    EXPECT_EQ((Log {"menu text \xC3\xA9", Hex("menu down", Remote::kSelect), "main focus", "menu vanishes"}), Taken());
+    CascadeInput::DispatchKeyDown(Remote::kDown);
+    host::Hooks().repeatKey(Remote::kDown);
+    CascadeInput::DispatchKeyUp(Remote::kDown);
+    Settle();
+    EXPECT_EQ((Log {Hex("main nav", Remote::kDown), Hex("main nav", Remote::kDown), Hex("main up", Remote::kDown)}), Taken());
+}
+
 TEST_F(LoopTest, TypedCharactersComeFirstWhereTheyAreWanted)
 {
     RecordingWindow main(app.log, "main");
