@@ -1,10 +1,12 @@
-// The folder with one link for each volume. It lies where every user may write ("/tmp"), so it is used only when this
-// user made it: a real folder of ours that nobody else may write to, with our record in it. Whatever else is found under
-// its name is left completely alone, and so is everything in it that the record does not name.
+// The folder with one link for each volume. It lies where every user may write ("/tmp"), so it is used only when it is
+// this user's: a real folder that nobody else may write to, empty or with links of ours in it. Whatever else is found
+// under its name is left completely alone, and so is everything in it that is no link of ours.
 //
+// Links:     ours are known by their targets, which begin with "/./": the same place, in a spelling that nobody types.
+//            The viewer browses this folder, so it holds no file that tells more.
 // Errors:    told by the result; a link that cannot be made is left out.
 // Threads:   one at a time; several processes at once are kept apart by a lock on the folder.
-// Ownership: the links stay when the program ends: the next one takes them over by the record.
+// Ownership: the links stay when the program ends; the next one takes them over.
 #pragma once
 
 #include <string>

@@ -54,7 +54,8 @@ Links LinksIn(const std::string& folder)
     Links links;
     for (const auto& entry : fs::directory_iterator(folder)) {
         if (entry.is_symlink()) {
-            links[entry.path().filename()] = fs::read_symlink(entry.path());
+            const std::string target = fs::read_symlink(entry.path());
+            links[entry.path().filename()] = target.starts_with("/./") ? target.substr(2) : target;
         }
     }
     return links;
@@ -154,11 +155,10 @@ TEST_F(VolumeFolderTest, ShowsWhatIsMountedAndTouchesOnlyWhatChanged)
     ASSERT_EQ(Show({{"Films", "/mnt/a"}, {"Films", "/mnt/b"}, {"Videos", "/home/tv"}}), Result::kShown);
     EXPECT_EQ(LinksIn(m_Path), (Links {{"Films", "/mnt/a"}, {"Films (2)", "/mnt/b"}, {"Videos", "/home/tv"}}));
     const ino_t kept = InodeOf(m_Path + "/Films (2)");
-    const ino_t record = InodeOf(m_Path + "/.nuvid-volumes");
+    EXPECT_EQ(fs::read_symlink(m_Path + "/Films"), "/./mnt/a");
 
     ASSERT_EQ(Show({{"Films", "/mnt/b"}, {"Videos", "/home/tv"}, {"Films", "/mnt/a"}}), Result::kShown);
-    EXPECT_EQ(InodeOf(m_Path + "/.nuvid-volumes"), record) << "nothing changed";
-
+    EXPECT_EQ(InodeOf(m_Path + "/Films (2)"), kept);
     ASSERT_EQ(Show({{"Videos", "/home/tv"}, {"Films", "/mnt/b"}, {"Disc", "/mnt/c"}}), Result::kShown);
     EXPECT_EQ(LinksIn(m_Path), (Links {{"Films (2)", "/mnt/b"}, {"Videos", "/home/tv"}, {"Disc", "/mnt/c"}}));
     EXPECT_EQ(InodeOf(m_Path + "/Films (2)"), kept);
@@ -192,13 +192,11 @@ TEST_F(VolumeFolderTest, KeepsOutOfAFolderThatIsNotItsOwn)
     const auto isLeftAlone = [&] { return Show(volumes) == Result::kNotOurs; };
 
     fs::create_directory(m_Path);    // made by the user on purpose
+    fs::create_symlink("/mnt/own", m_Path + "/Own");
     EXPECT_TRUE(isLeftAlone());
-    EXPECT_TRUE(fs::is_empty(m_Path));
-    fs::create_symlink("/dev/null", m_Path + "/.nuvid-volumes");    // no record of ours
-    EXPECT_TRUE(isLeftAlone());
-    fs::remove(m_Path + "/.nuvid-volumes");
-    std::ofstream(m_Path + "/.nuvid-volumes").close();
-    fs::permissions(m_Path, fs::perms(0777));    // others may have been at it
+    EXPECT_EQ(LinksIn(m_Path), (Links {{"Own", "/mnt/own"}}));
+    fs::remove(m_Path + "/Own");
+    fs::permissions(m_Path, fs::perms(0777));    // others may put something in
     EXPECT_TRUE(isLeftAlone());
     fs::permissions(m_Path, fs::perms(0755));
     EXPECT_EQ(Show({}), Result::kShown);
@@ -221,7 +219,7 @@ TEST_F(VolumeFolderTest, KeepsOutOfAFolderThatIsNotItsOwn)
     }
 }
 
-TEST_F(VolumeFolderTest, WaitsForAnotherPlayerAndMendsWhatOneLeft)
+TEST_F(VolumeFolderTest, WaitsForAnotherPlayerAndTakesOverWhatOneLeft)
 {
     ASSERT_EQ(Show({{"A", "/mnt/a"}}), Result::kShown);
     const int other = open(m_Path.c_str(), O_RDONLY | O_DIRECTORY);
@@ -230,13 +228,8 @@ TEST_F(VolumeFolderTest, WaitsForAnotherPlayerAndMendsWhatOneLeft)
     EXPECT_EQ(LinksIn(m_Path), (Links {{"A", "/mnt/a"}}));
     close(other);
 
-    // Killed between its record and its links.
-    const std::string record("A\0/mnt/a\0B\0/mnt/b\0C\0/mnt", 25);
-    std::ofstream(m_Path + "/.nuvid-volumes", std::ios::trunc) << record;
-    std::ofstream(m_Path + "/.nuvid-volumes.new") << "half";
-    ASSERT_EQ(Show({{"B", "/mnt/b"}}), Result::kShown);
+    ASSERT_EQ(Show({{"B", "/mnt/b"}}), Result::kShown);    // what one left that was killed
     EXPECT_EQ(LinksIn(m_Path), (Links {{"B", "/mnt/b"}}));
-    EXPECT_FALSE(fs::exists(m_Path + "/.nuvid-volumes.new"));
 
     // Several at once.
     std::vector<std::thread> players;
