@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int kDetailTicks = 5;
+constexpr int kPatienceTicks = 2;    // before a server that has not answered yet shows the wait window
 constexpr const char* kRootContainer = "0";    // of every server (ContentDirectory:1, 2.2.4)
 constexpr const char* kPlayable = "video/mpeg";
 
@@ -89,8 +90,7 @@ void EFileBrowser::RescanUPnPFolder()
     AbandonJobs();
     m_BrowseResult.Empty();
     m_Phase = Phase::kScanning;
-    ShowWait("Asking the server...");
-    Redraw();
+    StartCountdown(m_nPatience, kPatienceTicks);
     m_nBrowse = InitiateAVBrowse(m_Server.uuid, m_Server.crumbs.back().id, "*", "+upnp:class,+dc:title", 0, 0, m_BrowseResult);
 }
 
@@ -110,6 +110,7 @@ void EFileBrowser::OnAVBrowseResult(unsigned long transaction, TransactionResult
         ShowNotice(text);
     }
     m_Phase = Phase::kListed;
+    m_nPatience = 0;
     SelectInServer();
     ShowParentDetail();
     HideWait();

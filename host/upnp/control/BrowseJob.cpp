@@ -45,10 +45,10 @@ void BrowseJob::Ask(size_t after, bool probe)
     if (m_Held) {
         exchange.onWritten = [this] { ReadHeld(); };
     }
-    m_pExchange = std::make_unique<Exchange>(m_pSession, std::move(exchange), [this](const Exchange::Answer& answer) { Take(answer); });
+    m_pExchange = std::make_unique<Exchange>(m_pSession, std::move(exchange), [this](Exchange::Answer answer) { Take(std::move(answer)); });
 }
 
-void BrowseJob::Take(const Exchange::Answer& answer)
+void BrowseJob::Take(Exchange::Answer answer)
 {
     // What came before comes first. It may have ended all, or asked another question instead.
     if (m_Held) {
@@ -79,7 +79,7 @@ void BrowseJob::Take(const Exchange::Answer& answer)
     case Exchange::Outcome::kAnswered:
         break;
     }
-    BrowseAnswer browse = ReadBrowseAnswer(answer.body);
+    BrowseAnswer browse = ReadBrowseAnswer(std::move(answer.body));
     if (browse.errorCode != 0 || answer.status == kFault) {
         TakeFault(browse.errorCode);
     } else if (answer.status != SOUP_STATUS_OK) {

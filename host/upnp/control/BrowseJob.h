@@ -48,7 +48,7 @@ public:
 
 private:
     void Ask(size_t after, bool probe = false);    // for what follows so many; a probe: whether anything does
-    void Take(const Exchange::Answer& answer);
+    void Take(Exchange::Answer answer);
     void TakeFault(int code);
     void TakeBrowse(BrowseAnswer answer);
     bool ReadHeld();

@@ -30,7 +30,8 @@ struct BrowseAnswer {
     int errorCode = 0;    // of a fault; 0: none
 };
 
-BrowseAnswer ReadBrowseAnswer(std::string_view document);
+// The DIDL-Lite document is all but the whole of it, a megabyte for 2,000 items: it is unwrapped where it stands.
+BrowseAnswer ReadBrowseAnswer(std::string document);
 
 inline constexpr int kUnsupportedSort = 709;    // errorCode: sort criteria that the server does not know
 

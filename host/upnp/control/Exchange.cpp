@@ -1,5 +1,6 @@
 #include "host/upnp/control/Exchange.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace host {
@@ -26,6 +27,7 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
     Owned<GInputStream> stream;
     GSource* timer = nullptr;
     size_t mostBytes = 0;
+    size_t got = 0;    // of the body, which is a piece longer while it is read
     OnDone onDone;    // empty: over
     std::function<void()> onWritten;
     Answer answer;
@@ -53,8 +55,9 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
         StopTimer();
         g_cancellable_cancel(cancel.get());
         if (const OnDone done = std::exchange(onDone, nullptr)) {
-            answer.outcome = outcome;
-            done(std::move(answer));
+            // A read that was cancelled may still hold the body.
+            const unsigned status = answer.status;
+            done({outcome, status, outcome == Outcome::kAnswered ? std::move(answer.body) : std::string()});
         }
     }
     void FinishFailed(const GError* error)
@@ -63,7 +66,8 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
     }
     void Read()
     {
-        g_input_stream_read_bytes_async(stream.get(), kPiece, G_PRIORITY_DEFAULT, cancel.get(), &State::OnRead, new Self(shared_from_this()));
+        answer.body.resize(got + kPiece);
+        g_input_stream_read_async(stream.get(), answer.body.data() + got, kPiece, G_PRIORITY_DEFAULT, cancel.get(), &State::OnRead, new Self(shared_from_this()));
     }
     void Begin(GInputStream* opened, const GError* error)
     {
@@ -77,23 +81,23 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
         if (length > 0 && static_cast<uint64_t>(length) > mostBytes) {
             Finish(Outcome::kTooLarge);
         } else {
+            answer.body.reserve(static_cast<size_t>(std::max<goffset>(length, 0)) + kPiece);
             Read();
         }
     }
-    void Take(GBytes* bytes, const GError* error)
+    void Take(gssize length, const GError* error)
     {
-        if (bytes == nullptr) {
+        if (length < 0) {
             FinishFailed(error);
             return;
         }
-        gsize length = 0;
-        const void* const data = g_bytes_get_data(bytes, &length);
+        got += static_cast<size_t>(length);
         if (length == 0) {
+            answer.body.resize(got);
             Finish(Outcome::kAnswered);
-        } else if (answer.body.size() + length > mostBytes) {
+        } else if (got > mostBytes) {
             Finish(Outcome::kTooLarge);
         } else {
-            answer.body.append(static_cast<const char*>(data), length);
             Read();
         }
     }
@@ -114,11 +118,10 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
     {
         const std::unique_ptr<Self> state(static_cast<Self*>(self));
         GError* error = nullptr;
-        GBytes* bytes = g_input_stream_read_bytes_finish(G_INPUT_STREAM(stream), result, &error);
+        const gssize length = g_input_stream_read_finish(G_INPUT_STREAM(stream), result, &error);
         if ((*state)->onDone) {
-            (*state)->Take(bytes, error);
+            (*state)->Take(length, error);
         }
-        g_clear_pointer(&bytes, g_bytes_unref);
         g_clear_error(&error);
     }
     // Called from inside the library's sending, so what it means is left to the loop.
