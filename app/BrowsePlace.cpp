@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds kPatience {150};    // three folders at most are asked about
+constexpr std::chrono::milliseconds kPatience {100};    // three folders at most are asked about
 
 bool IsOfMediaServer(const CascadeString& location)
 {
