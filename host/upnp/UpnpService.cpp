@@ -1,13 +1,12 @@
 #include "host/upnp/UpnpService.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstdio>
 #include <utility>
 
 #include <dlfcn.h>
-#include <unistd.h>
 
+#include "host/base/Module.h"
 #include "host/base/UiQueue.h"
 
 namespace host {
@@ -15,30 +14,16 @@ namespace {
 
 constexpr const char* kModule = "nuvid-upnp.so";
 
-std::string ProgramFolder()
-{
-    char path[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
-    const std::string whole(path, length > 0 ? static_cast<size_t>(length) : 0);
-    return whole.substr(0, whole.rfind('/') + 1);
-}
-
-// Beside the program, or one folder above it, where the build has it for its other programs. Never
-// unloaded: its libraries do not expect that.
 std::unique_ptr<ControlPoint> MakeControlPoint()
 {
-    const std::string folder = ProgramFolder();
     std::string error;
-    for (const std::string& path : {folder + kModule, folder + "../" + kModule}) {
-        if (void* const module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-            const auto make = reinterpret_cast<decltype(&NuvidMakeControlPoint)>(dlsym(module, "NuvidMakeControlPoint"));
-            return std::unique_ptr<ControlPoint>(make == nullptr ? nullptr : make());
-        }
-        const char* const text = dlerror();
-        error = error.empty() && text != nullptr ? text : error;
+    void* const module = OpenModule(kModule, error);
+    const auto make = module == nullptr ? nullptr : reinterpret_cast<decltype(&NuvidMakeControlPoint)>(dlsym(module, "NuvidMakeControlPoint"));
+    if (make == nullptr) {
+        std::fprintf(stderr, "Media servers are not looked for: %s\n", error.c_str());
+        return nullptr;
     }
-    std::fprintf(stderr, "Media servers are not looked for: %s\n", error.c_str());
-    return nullptr;
+    return std::unique_ptr<ControlPoint>(make());
 }
 
 }    // namespace
