@@ -1,185 +1,33 @@
 #!/usr/bin/env python3
 """Compares the player with two others on this machine: bench/run.py [options]
 
-Everything is a ratio to the better peer (mpv, ffplay) in the same session: runs alternate, each figure is
-the median of the runs. All players draw on one Xvfb screen of 1280 x 720 and play sound into nothing. The
-first picture and the longest gap are read from the screen itself, so they are measured alike for everyone.
+Runs alternate, each figure is the median of the runs. All players draw on one Xvfb screen of 1280 x 720 and play
+sound into nothing. The first picture, the arrival of a skip and the longest gap are read from the screen itself,
+so they are measured alike for everyone. Each line ends with what the figure may be and whether it is; --check
+adds the small parts (bench_parts) and ends with 1 when anything is over.
 
-Needs xvfb, mpv, ffmpeg (ffplay), xdotool, nginx-light. What is not installed is left out of the table.
+Needs xvfb, mpv, ffmpeg (ffplay), xdotool, nginx-light. What is not installed is left out.
 """
 import argparse
 import json
-import mmap
 import os
 import re
 import shutil
-import signal
 import statistics
 import subprocess
 import sys
 import tempfile
 import time
 
-ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-sys.path.insert(0, os.path.join(ROOT, "tests", "program"))
-sys.dont_write_bytecode = True
-from nuvid import LISTENS, Nginx  # noqa: E402
+from rig import ROOT, Run, Screen, cut_in_two, environment, forget_side_files, make_media
+from nuvid import Nginx
 
-TICK = os.sysconf("SC_CLK_TCK")
-WIDTH, HEIGHT = 1280, 720
-
-
-# --- media ---------------------------------------------------------------------------------------------
-def make_media(folder, seconds):
-    """Two marks in each picture: a block that is white in every other picture (longest gap; it also covers
-    a fifth of the screen's width in a narrow picture), and one that changes its colour every ten seconds
-    (a skip has arrived)."""
-    os.makedirs(folder, exist_ok=True)
-    marks = ("drawbox=x=iw*0.05:y=ih*0.45:w=iw*0.2:h=ih*0.1:c=black:t=fill,drawbox=x=iw*0.05:y=ih*0.45:w=iw*0.2:h=ih*0.1:c=white:t=fill:enable='mod(n,2)',"
-             "drawbox=x=iw*0.85:y=ih*0.45:w=iw*0.1:h=ih*0.1:c=red:t=fill,drawbox=x=iw*0.85:y=ih*0.45:w=iw*0.1:h=ih*0.1:c=blue:t=fill:enable='mod(floor(t/10),2)'")
-    noise = "noise=alls=12:allf=t"
-    recipes = {
-        "sd.mpg": ("720x576", 25, f"{noise},{marks}", "-c:v mpeg2video -b:v 6M -maxrate 8M -bufsize 1835k -g 12 -bf 2 -aspect 16:9 -c:a mp2 -b:a 192k -f vob"),
-        "hd.ts": ("1920x1080", 50, f"{noise},{marks},interlace=scan=tff", "-c:v mpeg2video -flags +ilme+ildct -top 1 -b:v 15M -maxrate 15M -bufsize 9M -g 12 -bf 2 "
-                  "-aspect 16:9 -c:a ac3 -b:a 384k -f mpegts"),
-        "mpeg1.mpg": ("352x288", 25, f"{noise},{marks}", "-c:v mpeg1video -b:v 1500k -maxrate 1500k -bufsize 400k -g 12 -bf 2 -c:a mp2 -b:a 192k -f mpeg"),
-        "h264.ts": ("1280x720", 25, f"{noise},{marks}", "-c:v libx264 -preset veryfast -b:v 4M -g 25 -c:a aac -b:a 128k -f mpegts"),
-        "long.mpg": ("720x576", 25, marks, "-c:v mpeg2video -b:v 4M -maxrate 6M -bufsize 1835k -g 12 -bf 2 -aspect 16:9 -c:a mp2 -b:a 192k -f vob"),
-    }
-    for name, (size, rate, filters, tail) in recipes.items():
-        path = os.path.join(folder, name)
-        length = 60 if name == "long.mpg" else seconds
-        if os.path.exists(path) and os.path.exists(f"{path}.{length}"):
-            continue
-        print(f"making {name}", flush=True)
-        subprocess.run(["ffmpeg", "-v", "error", "-nostdin", "-y", "-threads", "2", "-f", "lavfi", "-i", f"testsrc2=size={size}:rate={rate}:duration={length}", "-f", "lavfi",
-                        "-i", f"sine=frequency=440:sample_rate=48000:duration={length}", "-vf", filters + ",format=yuv420p", "-ac", "2", *tail.split(), path], check=True)
-        open(f"{path}.{length}", "w", encoding="utf-8").close()
+START_MS = 400    # four ticks of the application's clock, before which nothing is opened
+LONG_FILM = 60    # seconds
+RATE = 25         # pictures a second of every film here
 
 
-# --- the screen ----------------------------------------------------------------------------------------
-class Screen:
-    """Xvfb whose picture lies in a file that can be read at any time (the format of xwd)."""
-
-    def __init__(self):
-        self.folder = tempfile.mkdtemp(prefix="nuvid-bench-")
-        read, write = os.pipe()
-        self.process = subprocess.Popen(["Xvfb", "-displayfd", str(write), "-screen", "0", f"{WIDTH}x{HEIGHT}x24", "-fbdir", self.folder, "-nolisten", "tcp"],
-                                        pass_fds=(write,), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        os.close(write)
-        with os.fdopen(read) as pipe:
-            self.display = ":" + pipe.readline().strip()
-        with open(os.path.join(self.folder, "Xvfb_screen0"), "rb") as file:
-            self.memory = mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ)
-        header = int.from_bytes(self.memory[0:4], "big")
-        colours = int.from_bytes(self.memory[76:80], "big")
-        self.first = header + colours * 12
-        self.stride = int.from_bytes(self.memory[48:52], "big")
-
-    def pixel(self, x, y):
-        at = self.first + int(y * HEIGHT) * self.stride + int(x * WIDTH) * 4
-        return self.memory[at + 2], self.memory[at + 1], self.memory[at]
-
-    def is_blank(self):
-        return all(max(self.pixel(x, y)) < 24 for x, y in ((0.3, 0.3), (0.5, 0.25), (0.7, 0.6), (0.45, 0.7), (0.9, 0.5)))
-
-    def close(self):
-        self.process.terminate()
-        self.process.wait()
-        shutil.rmtree(self.folder, ignore_errors=True)
-
-
-# --- players -------------------------------------------------------------------------------------------
-def environment(screen, player=""):
-    env = dict(os.environ, DISPLAY=screen.display, SDL_AUDIODRIVER="dummy", SDL_VIDEODRIVER="x11", LC_ALL="C.UTF-8")
-    env.pop("WAYLAND_DISPLAY", None)
-    if player == "ffplay":    # without this it draws through an emulated GPU, three times as dear
-        env.update(SDL_RENDER_DRIVER="software", SDL_FRAMEBUFFER_ACCELERATION="0")
-    return env
-
-
-def command(player, program, state, path, bwdif):
-    if player == "nuvid":
-        return [program, "--fullscreen", "--ecp=127.0.0.1:0", f"--state={state}", f"--deinterlace={'on' if bwdif else 'off'}", "-noresume", "-exitatend", "-infotimeout=1", path]
-    if player == "mpv":
-        return ["mpv", "--no-config", "--really-quiet", "--vo=x11", "--ao=null", "--hwdec=no", "--fs", "--deinterlace=no", *(["--vf=bwdif"] if bwdif else []), path]
-    return ["ffplay", "-v", "quiet", "-autoexit", "-noborder", "-left", "0", "-top", "0", "-x", str(WIDTH), "-y", str(HEIGHT), *(["-vf", "bwdif"] if bwdif else []), path]
-
-
-class Run:
-    """One process, from its start to its end."""
-
-    def __init__(self, screen, player, program, path, bwdif=False, extra=()):
-        self.state = tempfile.mkdtemp(prefix="nuvid-bench-state-")
-        self.player = player
-        self.port = None
-        self.began = time.monotonic()
-        self.log = open(os.path.join(self.state, "log"), "wb")
-        self.process = subprocess.Popen([*command(player, program, self.state, path, bwdif), *extra], env=environment(screen, player), stdin=subprocess.DEVNULL, stdout=self.log,
-                                        stderr=subprocess.STDOUT)
-        self.usage = None
-
-    def done(self):
-        if self.usage is None:
-            pid, _, usage = os.wait4(self.process.pid, os.WNOHANG)
-            if pid:
-                self.usage = usage
-                self.process.returncode = 0
-        return self.usage is not None
-
-    def cpu(self):
-        with open(f"/proc/{self.process.pid}/stat", encoding="ascii") as file:
-            fields = file.read().rsplit(") ", 1)[1].split()
-        return (int(fields[11]) + int(fields[12])) / TICK
-
-    def wakeups(self):
-        """Of each thread, how often it went to sleep of its own will."""
-        counts = {}
-        for thread in os.listdir(f"/proc/{self.process.pid}/task"):
-            try:
-                with open(f"/proc/{self.process.pid}/task/{thread}/status", encoding="ascii") as file:
-                    counts[thread] = int(re.search(r"^voluntary_ctxt_switches:\s*(\d+)", file.read(), re.M).group(1))
-            except (OSError, AttributeError):
-                pass
-        return counts
-
-    def tell(self, line):
-        """External control of the player under test."""
-        import socket
-        while self.port is None:
-            with open(os.path.join(self.state, "log"), encoding="utf-8", errors="replace") as file:
-                found = LISTENS.search(file.read())
-            if found:
-                self.port = int(found.group(1))
-            elif self.done():
-                raise RuntimeError("the player ended")
-            else:
-                time.sleep(0.005)
-        with socket.create_connection(("127.0.0.1", self.port), timeout=5) as link:
-            link.sendall(line.encode() + b"\n")
-            return link.makefile("r").readline().strip()
-
-    def end(self):
-        if not self.done():
-            self.process.send_signal(signal.SIGTERM if self.player != "nuvid" else signal.SIGINT)
-            deadline = time.monotonic() + 5
-            while not self.done() and time.monotonic() < deadline:
-                time.sleep(0.02)
-            if not self.done():
-                self.process.kill()
-                _, _, self.usage = os.wait4(self.process.pid, 0)
-                self.process.returncode = 0
-        self.log.close()
-        shutil.rmtree(self.state, ignore_errors=True)
-
-
-def forget_side_files(folder):
-    for name in os.listdir(folder):
-        if name.endswith(".nuvid"):
-            os.unlink(os.path.join(folder, name))
-
-
-# --- measurements --------------------------------------------------------------------------------------
+# --- measurements: each answers figures by name ----------------------------------------------------------
 def wait_picture(screen, run, limit=20):
     while screen.is_blank():
         if run.done() or time.monotonic() - run.began > limit:
@@ -188,59 +36,57 @@ def wait_picture(screen, run, limit=20):
     return (time.monotonic() - run.began) * 1000
 
 
+def opening(run, first):
+    """What an opening takes: the player opens after its first ticks, the others as they start."""
+    return run.stats()["first_frame_ms"] - START_MS if run.player == "nuvid" else first
+
+
+def longest_gap(screen, seconds):
+    end, gap, last, white = time.monotonic() + seconds, 0.0, None, None
+    while time.monotonic() < end:
+        is_white = screen.pixel(0.2, 0.5)[0] > 128
+        if is_white != white:
+            if last is not None:
+                gap = max(gap, time.monotonic() - last)
+            last, white = time.monotonic(), is_white
+        time.sleep(0.001)
+    return gap * 1000
+
+
 def measure_play(screen, player, program, path, seconds, bwdif=False, watch_gap=False):
-    """CPU s per played minute, wake-ups/s, peak MB, first picture in ms, longest gap in ms."""
     run = Run(screen, player, program, path, bwdif)
     try:
         first = wait_picture(screen, run)
-        begin, counts, cpu = time.monotonic(), None, None
-        gap, last, white = 0.0, None, None
-        window = (seconds * 0.2, seconds * 0.8)
-        after = None
-        while True:
-            now = time.monotonic() - begin
-            if counts is None and now >= window[0]:
-                counts, cpu, at = run.wakeups(), run.cpu(), time.monotonic()
-                last = None
-            if after is None and now >= window[1]:
-                after = run.wakeups()
-                span = time.monotonic() - at
-                cpu_rate = (run.cpu() - cpu) / span
-                break
-            if watch_gap and counts is not None:
-                is_white = screen.pixel(0.2, 0.5)[0] > 128
-                if is_white != white:
-                    if last is not None:
-                        gap = max(gap, time.monotonic() - last)
-                    last, white = time.monotonic(), is_white
-                time.sleep(0.001)
-            else:
-                if run.done():
-                    raise RuntimeError(f"{player} ended early")
-                time.sleep(0.02)
-        wakeups = sum(value - counts.get(thread, 0) for thread, value in after.items()) / span
+        result = {"opening to picture ms": opening(run, first), "start to picture ms": first}
+        time.sleep(seconds * 0.2)
+        counts, cpu, begin = run.wakeups(), run.cpu(), time.monotonic()
+        if watch_gap:
+            result["longest gap ms"] = longest_gap(screen, seconds * 0.6)
+        else:
+            time.sleep(seconds * 0.6)
+        span = time.monotonic() - begin
+        if run.done():
+            raise RuntimeError(f"{player} ended early")
+        result["CPU s/min"] = (run.cpu() - cpu) / span * 60
+        result["wake-ups/s"] = sum(value - counts.get(thread, 0) for thread, value in run.wakeups().items()) / span
+        result["peak MB"] = run.peak()
+        return result
     finally:
-        peak = None
-        try:
-            with open(f"/proc/{run.process.pid}/status", encoding="ascii") as file:
-                peak = int(re.search(r"VmHWM:\s*(\d+)", file.read()).group(1)) / 1024
-        except (OSError, AttributeError):
-            pass
         run.end()
-    return {"CPU s/min": cpu_rate * 60, "wake-ups/s": wakeups, "peak MB": peak, "first picture ms": first, **({"longest gap ms": gap * 1000} if watch_gap else {})}
 
 
 def measure_first(screen, player, program, path):
     run = Run(screen, player, program, path)
     try:
-        return {"first picture ms": wait_picture(screen, run)}
+        first = wait_picture(screen, run)
+        return {"opening to picture ms": opening(run, first), "start to picture ms": first}
     finally:
         run.end()
 
 
 def measure_skip(screen, player, program, path):
-    """From the key (or command) to the picture of the new place; for this player also without its own
-    tick of 100 ms, which is part of its design: from the reopening to the first new picture."""
+    """From the key (or command) to the picture of the new place; for this player also without its own ticks: from
+    the engine's reopening to the first new picture."""
     run = Run(screen, player, program, path)
     try:
         wait_picture(screen, run)
@@ -261,37 +107,32 @@ def measure_skip(screen, player, program, path):
                 raise RuntimeError(f"{player} does not skip")
             time.sleep(0.0005)
         took = (time.monotonic() - begin) * 1000
-        result = {"skip, command to picture ms": took}
-        if player == "nuvid":
-            result["skip, reopening to picture ms"] = json.loads(run.tell("Cascade stats"))["last_seek_ms"]
-        else:
-            result["skip, reopening to picture ms"] = took
-        return result
+        return {"command to picture ms": took, "reopening to picture ms": run.stats()["last_seek_ms"] if player == "nuvid" else took}
     finally:
         run.end()
 
 
-def measure_paused(screen, player, program, path):
+def measure_idle(screen, player, program, path, stopped):
     run = Run(screen, player, program, path)
     try:
         wait_picture(screen, run)
         time.sleep(1)
         if player == "nuvid":
-            run.tell("Nuvid pause")
+            run.tell("Nuvid stop" if stopped else "Nuvid pause")
         else:
             subprocess.run(["xdotool", "key", "p"], env=environment(screen), check=True)
         time.sleep(3)    # until the texts on the screen are gone
-        cpu, counts = run.cpu(), run.wakeups()
+        cpu, counts, begin = run.cpu(), run.wakeups(), time.monotonic()
         time.sleep(5)
-        later = run.wakeups()
-        return {"paused CPU %": (run.cpu() - cpu) * 20, "paused wake-ups/s": sum(value - counts.get(thread, 0) for thread, value in later.items()) / 5}
+        span = time.monotonic() - begin
+        return {"CPU %": (run.cpu() - cpu) / span * 100, "wake-ups/s": sum(value - counts.get(thread, 0) for thread, value in run.wakeups().items()) / span}
     finally:
         run.end()
 
 
-def measure_osd(screen, program, path, seconds):
-    """The same film with and without texts and progress bar; the ratio is to the film alone."""
-    result = {}
+def measure_texts(screen, program, path, seconds):
+    """The same film without and with texts and progress bar."""
+    cost = []
     for shown in (False, True):
         run = Run(screen, "nuvid", program, path, extra=(["-infotimeout=3600"] if shown else []))
         try:
@@ -300,21 +141,105 @@ def measure_osd(screen, program, path, seconds):
             if shown:
                 run.tell("Nuvid info")
             cpu, begin = run.cpu(), time.monotonic()
-            time.sleep(seconds * 0.5)
-            result[shown] = (run.cpu() - cpu) / (time.monotonic() - begin) * 60
+            time.sleep(seconds * 0.6)
+            cost.append((run.cpu() - cpu) / (time.monotonic() - begin) * 60)
         finally:
             run.end()
-    return result
+    return {"CPU s/min": cost[1], "to the film alone": cost[1] / cost[0]}
 
 
-# --- the table -----------------------------------------------------------------------------------------
-LIMITS = {"CPU s/min": 1.0, "wake-ups/s": 1.0, "peak MB": 1.1, "first picture ms": 1.2, "longest gap ms": 1.3, "skip, reopening to picture ms": 1.5,
-          "skip, command to picture ms": None, "paused CPU %": 1.0, "paused wake-ups/s": 1.0}
+def measure_smooth(screen, program, path, display=False, busy=0):
+    """The long film to its end: how many of its pictures were shown, and the longest time between two, by the player's own count."""
+    others = [subprocess.Popen([sys.executable, "-c", "while True: pass"]) for _ in range(busy)]
+    run = Run(screen, "nuvid", program, path, extra=(["-infotimeout=3600"] if display else []), stay=True)
+    try:
+        wait_picture(screen, run)
+        if display:
+            run.tell("Nuvid info")
+        deadline = time.monotonic() + LONG_FILM * 1.3
+        stats = run.stats()
+        while stats["clock_s"] < LONG_FILM - 0.2 and time.monotonic() < deadline:
+            time.sleep(0.1)
+            stats = run.stats()
+        return {"shown %": stats["total_frames_shown"] / (LONG_FILM * RATE) * 100, "longest gap ms": stats["longest_gap_ms"]}
+    finally:
+        run.end()
+        for other in others:
+            other.kill()
+            other.wait()
+
+
+def measure_traffic(screen, program, folder):
+    """Plays over HTTP with a skip every two seconds: the bytes that the server sent to those that the decoder was fed."""
+    fed, bytes_now = 0, 0
+    with Nginx(folder) as server:
+        run = Run(screen, "nuvid", program, server.url("long.mpg"))
+        try:
+            wait_picture(screen, run)
+            for _ in range(5):
+                time.sleep(2)
+                fed += run.stats()["bytes_fed"]
+                run.tell("Nuvid forward 5")
+                time.sleep(0.5)
+            time.sleep(1.5)
+            bytes_now = run.stats()["bytes_fed"]
+        finally:
+            run.end()
+        time.sleep(0.3)
+        return {"sent to fed": server.bytes_sent() / (fed + bytes_now)}
+
+
+# --- what the figures may be -----------------------------------------------------------------------------
+# title, figure, measure: the ratio to the better peer, to one of them, or the figure itself; at most, or at least
+LIMITS = {
+    ("MPEG-2 576, program stream", "CPU s/min"): ("best", "<=", 0.70),
+    ("MPEG-2 576, program stream", "wake-ups/s"): ("self", "<=", 120),
+    ("MPEG-2 576, program stream", "peak MB"): ("mpv", "<=", 0.75),
+    ("MPEG-2 576, program stream", "longest gap ms"): ("self", "<=", 60),
+    ("MPEG-2 576, program stream", "opening to picture ms"): ("mpv", "<=", 0.30),
+    ("MPEG-2 1080i, transport stream", "CPU s/min"): ("best", "<=", 0.80),
+    ("MPEG-2 1080i, transport stream", "wake-ups/s"): ("self", "<=", 120),
+    ("MPEG-2 1080i, transport stream", "peak MB"): ("mpv", "<=", 0.70),
+    ("MPEG-2 1080i, transport stream", "opening to picture ms"): ("mpv", "<=", 0.30),
+    ("MPEG-2 1080i, bwdif", "CPU s/min"): ("best", "<=", 0.80),
+    ("MPEG-2 1080i, bwdif", "wake-ups/s"): ("self", "<=", 120),
+    ("MPEG-1 288", "CPU s/min"): ("best", "<=", 0.75),
+    ("MPEG-1 288", "wake-ups/s"): ("self", "<=", 120),
+    ("MPEG-1 288", "longest gap ms"): ("self", "<=", 60),
+    ("H.264 720p", "CPU s/min"): ("best", "<=", 0.95),
+    ("H.264 720p", "wake-ups/s"): ("self", "<=", 120),
+    ("H.264 720p", "longest gap ms"): ("self", "<=", 60),
+    ("over HTTP", "to the plain file"): ("self", "<=", 1.30),
+    ("skip", "reopening to picture ms"): ("ffplay", "<=", 0.90),
+    ("skips over HTTP", "sent to fed"): ("self", "<=", 2.00),    # up to 4 MB are read ahead of each place
+    ("texts and bar shown", "to the film alone"): ("self", "<=", 1.10),
+    ("60 s", "shown %"): ("self", ">=", 100),
+    ("60 s", "longest gap ms"): ("self", "<=", 60),
+    ("60 s, two parts", "shown %"): ("self", ">=", 100),
+    ("60 s, two parts", "longest gap ms"): ("self", "<=", 60),
+    ("60 s, texts and bar", "shown %"): ("self", ">=", 100),
+    ("60 s, texts and bar", "longest gap ms"): ("self", "<=", 60),
+    ("60 s, one core busy", "shown %"): ("self", ">=", 98),
+    ("paused", "CPU %"): ("self", "<=", 1),
+    ("stopped", "CPU %"): ("self", "<=", 1),
+}
+
+# name, part, beside what, of which field: the part must be so many times as good
+PARTS = [
+    ("feed / plain read", "Feed/repair:0/parts:1", "PlainRead", "bytes_per_second", ">=", 0.90),
+    ("feed of four parts / of one file", "Feed/repair:0/parts:4", "Feed/repair:0/parts:1", "bytes_per_second", ">=", 0.95),
+    ("timestamp repair / bare walk", "Repair", "BareWalk", "bytes_per_second", ">=", 0.50),
+    ("repair of garbage, GB/s", "RepairOfGarbage", None, "bytes_per_second", ">=", 0.10),
+    ("snapshot of 10,000 files / scandir and stat", "Snapshot", "ScanAndStat", "cpu_time", "<=", 1.30),
+]
 
 
 class Table:
+    HEAD = "| | nuvid | mpv | ffplay | measure | limit | |\n|---|---|---|---|---|---|---|"
+
     def __init__(self):
         self.rows = []
+        self.over = []
 
     def compare(self, title, players, runs, measure):
         """`measure(player)` answers figures by name; the players take turns."""
@@ -327,67 +252,101 @@ class Table:
                             found[player].setdefault(name, []).append(value)
                 except (RuntimeError, subprocess.SubprocessError, OSError) as error:
                     print(f"{title}, {player}: {error}", file=sys.stderr)
-        for name in found.get("nuvid", {}):
-            values = {player: statistics.median(found[player][name]) for player in players if found[player].get(name)}
-            peers = [value for player, value in values.items() if player != "nuvid"]
-            self.add(f"{title}: {name}", values, values["nuvid"] / min(peers) if peers and min(peers) > 0 else None, LIMITS.get(name))
+        for name in found["nuvid"]:
+            self.add(title, name, {player: statistics.median(found[player][name]) for player in players if found[player].get(name)})
+        return found
 
-    def add(self, what, values, ratio, limit):
-        self.rows.append((what, values, ratio, limit))
-        print(self.line(self.rows[-1]), flush=True)
+    def add(self, title, name, values):
+        kind, sense, limit = LIMITS.get((title, name), ("best", None, None))
+        peers = [value for player, value in values.items() if player != "nuvid"]
+        against = 1 if kind == "self" else min(peers, default=0) if kind == "best" else values.get(kind, 0)
+        measure = values["nuvid"] / against if against else None
+        self.line(f"{title}: {name}", values, kind, measure, sense, limit)
 
-    @staticmethod
-    def line(row):
-        what, values, ratio, limit = row
+    def line(self, what, values, kind, measure, sense, limit):
+        judged = measure is not None and limit is not None
+        good = judged and (measure <= limit if sense == "<=" else measure >= limit)
+        if judged and not good:
+            self.over.append(what)
         cells = [f"{values[player]:.2f}" if player in values else "-" for player in ("nuvid", "mpv", "ffplay")]
-        verdict = "" if ratio is None or limit is None else "ok" if ratio <= limit else "OVER"
-        return f"| {what} | {' | '.join(cells)} | {'-' if ratio is None else f'{ratio:.2f}'} | {'-' if limit is None else f'{limit:.2f}'} | {verdict} |"
+        shown = "-" if measure is None else f"{measure:.2f}" + ("" if kind == "self" else f" x {kind}")
+        row = f"| {what} | {' | '.join(cells)} | {shown} | {'' if limit is None else f'{sense} {limit:g}'} | {'ok' if good else 'OVER' if judged else ''} |"
+        self.rows.append(row)
+        print(row, flush=True)
 
-    def text(self):
-        head = "| | nuvid | mpv | ffplay | ratio to the better peer | limit | |\n|---|---|---|---|---|---|---|"
-        return "\n".join([head, *map(self.line, self.rows)])
+
+def measure_parts(program, table):
+    with tempfile.TemporaryDirectory() as folder:
+        out = os.path.join(folder, "parts.json")
+        subprocess.run([program, "--benchmark_filter=^(PlainRead|Feed|BareWalk|Repair|RepairOfGarbage|ScanAndStat|Snapshot)(/|$)", "--benchmark_repetitions=5", "--benchmark_min_time=0.1",
+                        "--benchmark_report_aggregates_only=true", "--benchmark_enable_random_interleaving=true", f"--benchmark_out={out}", "--benchmark_out_format=json"],
+                       check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        with open(out, encoding="utf-8") as file:
+            rows = {row["run_name"]: row for row in json.load(file)["benchmarks"] if row["aggregate_name"] == "median"}
+    for name, part, beside, field, sense, limit in PARTS:
+        table.line(name, {}, "self", rows[part][field] / (rows[beside][field] if beside else 1e9), sense, limit)
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n", 1)[0])
     parser.add_argument("--program", default=os.path.join(ROOT, "build", "nuvid"))
+    parser.add_argument("--parts", help="the program bench_parts")
     parser.add_argument("--media", default=os.path.join(ROOT, "build-bench", "media"))
-    parser.add_argument("--seconds", type=int, default=20, help="length of each film")
+    parser.add_argument("--seconds", type=int, default=20, help="length of the films that are compared")
     parser.add_argument("--runs", type=int, default=3)
     parser.add_argument("--only", default="", help="a regular expression on the titles")
+    parser.add_argument("--check", action="store_true", help="the parts too; 1 when a figure is over its limit")
     args = parser.parse_args()
     make_media(args.media, args.seconds)
+    first_part = cut_in_two(args.media, "long.mpg")
     players = ["nuvid"] + [name for name in ("mpv", "ffplay") if shutil.which(name)]
     screen = Screen()
     table = Table()
+    print(Table.HEAD, flush=True)
 
     def wanted(title):
         return re.search(args.only, title)
 
     def media(name):
         forget_side_files(args.media)
+        forget_side_files(os.path.dirname(first_part))
         return os.path.join(args.media, name)
 
+    def alone(title, measure):
+        if wanted(title):
+            table.compare(title, ["nuvid"], args.runs, lambda _: measure())
+
     try:
-        for title, name, bwdif, gap in (("MPEG-2 576i, program stream", "sd.mpg", False, True), ("MPEG-2 1080i, transport stream", "hd.ts", False, False),
-                                        ("the same, bwdif", "hd.ts", True, False), ("MPEG-1 288", "mpeg1.mpg", False, True), ("H.264 720p", "h264.ts", False, True)):
+        plain = None
+        for title, name, bwdif, gap in (("MPEG-2 576, program stream", "sd.mpg", False, True), ("MPEG-2 1080i, transport stream", "hd.ts", False, False),
+                                        ("MPEG-2 1080i, bwdif", "hd.ts", True, False), ("MPEG-1 288", "mpeg1.mpg", False, True), ("H.264 720p", "h264.ts", False, True)):
             if wanted(title):
-                table.compare(title, players, args.runs, lambda player: measure_play(screen, player, args.program, media(name), args.seconds, bwdif, gap))
+                found = table.compare(title, players, args.runs, lambda player: measure_play(screen, player, args.program, media(name), args.seconds, bwdif, gap))
+                plain = plain or found["nuvid"].get("opening to picture ms")
         if wanted("over HTTP") and Nginx.BINARY:
+            plain = plain or [measure_first(screen, "nuvid", args.program, media("sd.mpg"))["opening to picture ms"] for _ in range(args.runs)]
             with Nginx(args.media) as server:
-                table.compare("over HTTP", players, args.runs, lambda player: measure_first(screen, player, args.program, server.url("sd.mpg")))
-        if shutil.which("xdotool") and wanted("skip"):
+                found = table.compare("over HTTP", players, args.runs, lambda player: measure_first(screen, player, args.program, server.url("sd.mpg")))
+            table.add("over HTTP", "to the plain file", {"nuvid": statistics.median(found["nuvid"]["opening to picture ms"]) / statistics.median(plain)})
+        if wanted("skip") and shutil.which("xdotool"):
             table.compare("skip", players, args.runs, lambda player: measure_skip(screen, player, args.program, media("long.mpg")))
-        if shutil.which("xdotool") and wanted("pause"):
-            table.compare("pause", players, args.runs, lambda player: measure_paused(screen, player, args.program, media("long.mpg")))
-        if wanted("texts shown"):
-            pairs = [measure_osd(screen, args.program, media("sd.mpg"), args.seconds) for _ in range(args.runs)]
-            alone, shown = (statistics.median(pair[key] for pair in pairs) for key in (False, True))
-            table.add("texts shown: CPU s/min (ratio to the film alone)", {"nuvid": shown}, shown / alone, 1.15)
+        if Nginx.BINARY:
+            alone("skips over HTTP", lambda: measure_traffic(screen, args.program, os.path.dirname(media("long.mpg"))))
+        alone("texts and bar shown", lambda: measure_texts(screen, args.program, media("sd.mpg"), args.seconds))
+        alone("60 s", lambda: measure_smooth(screen, args.program, media("long.mpg")))
+        alone("60 s, two parts", lambda: media("") and measure_smooth(screen, args.program, first_part))
+        alone("60 s, texts and bar", lambda: measure_smooth(screen, args.program, media("long.mpg"), display=True))
+        alone("60 s, one core busy", lambda: measure_smooth(screen, args.program, media("long.mpg"), busy=1))
+        if wanted("paused") and shutil.which("xdotool"):
+            table.compare("paused", players, args.runs, lambda player: measure_idle(screen, player, args.program, media("long.mpg"), False))
+        alone("stopped", lambda: measure_idle(screen, "nuvid", args.program, media("long.mpg"), True))
+        if args.check and args.parts and wanted("parts"):
+            measure_parts(args.parts, table)
     finally:
         screen.close()
-    print("\n" + table.text())
+    print("\nOver the limit: " + "; ".join(table.over) if table.over else "\nEvery figure is within its limit.")
+    return 1 if args.check and table.over else 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

@@ -1,6 +1,8 @@
 #!/bin/bash
-# Builds and measures: bench/run.sh parts      small parts against the least they could cost
-#                      bench/run.sh [options]  the whole program against two peers (bench/run.py --help)
+# Builds and measures:
+#   bench/run.sh [options]     the whole program against two peers (bench/run.py --help)
+#   bench/run.sh --check       that and the parts, each figure beside its limit; 1 when one is over
+#   bench/run.sh parts         the parts alone, against the least that they could cost
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 . "$root/scripts/packages.sh"
@@ -8,7 +10,7 @@ install_missing $packages_build $packages_fonts $packages_run $packages_test $pa
 build=$root/build-bench
 mkdir -p "$build"
 if ! { cmake -S "$root" -B "$build" -G Ninja -DNUVID_TESTS=ON -DNUVID_BENCH=ON > "$build/build.log" 2>&1 &&
-  cmake --build "$build" --target "$([ "${1:-}" = parts ] && echo bench_parts || echo nuvidBuilt)" >> "$build/build.log" 2>&1; }; then
+  cmake --build "$build" --target bench_parts nuvidBuilt >> "$build/build.log" 2>&1; }; then
   tail -n 40 "$build/build.log" >&2
   exit 1
 fi
@@ -16,4 +18,4 @@ if [ "${1:-}" = parts ]; then
   shift
   exec "$build/bench/bench_parts" --benchmark_repetitions=5 --benchmark_report_aggregates_only=true "$@"
 fi
-exec python3 "$root/bench/run.py" --program "$build/nuvid" --media "$build/media" "$@"
+exec python3 "$root/bench/run.py" --program "$build/nuvid" --parts "$build/bench/bench_parts" --media "$build/media" "$@"

@@ -348,7 +348,7 @@ class Nginx:
 daemon off; worker_processes 1; pid {self.folder}/pid; error_log {self.folder}/error.log;
 events {{ worker_connections 64; }}
 http {{
- access_log off; {places}
+ log_format bytes '$bytes_sent'; access_log {self.folder}/bytes.log bytes; {places}
  server {{ listen 127.0.0.1:{self.port}; root {folder}; }}
 }}
 """)
@@ -364,6 +364,11 @@ http {{
 
     def url(self, name):
         return f"http://127.0.0.1:{self.port}/{name}"
+
+    def bytes_sent(self):
+        """In all answers that have ended; one that was cut off counts what had gone out."""
+        with open(os.path.join(self.folder, "bytes.log"), encoding="ascii") as file:
+            return sum(int(line) for line in file)
 
     def __enter__(self):
         return self
