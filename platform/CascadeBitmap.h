@@ -42,7 +42,7 @@ public:
     void StretchBlit(const CascadeRect& to, const CascadeBitmap& source);
 
     // Copies pixels of a shared zone: rows of width * bitsPerPixel / 8 bytes from `offset` on, 32 bits a
-    // pixel in the byte order blue, green, red, alpha, or 24 in blue, green, red.
+    // pixel in the byte order alpha, green, red, blue, or 24 in blue, green, red.
     virtual bool BlitFromSharedZone(CascadePoint at, CascadeSharedMemZone& zone, size_t offset, int width, int height, unsigned long bitsPerPixel,
                                     const CascadeRect& source);
 

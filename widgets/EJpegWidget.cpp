@@ -126,8 +126,8 @@ void EJpegWidget::SetJpegFilePath(const CascadeString& path)
 void EJpegWidget::ThreadProc(Picture& picture, const std::atomic<bool>& stop)
 {
     if (IsValidJpegFile(picture.path, false)) {
-        // In the order in which OnPaint's blit takes pixels: blue first.
-        GetJpegBitmap(picture.path, picture.box, picture.dims, picture.pixels, false, &stop);
+        // In the order in which OnPaint's blit takes pixels: alpha first.
+        GetJpegBitmap(picture.path, picture.box, picture.dims, picture.pixels, true, &stop);
     }
     picture.loaded.store(true, std::memory_order_release);
 }

@@ -36,9 +36,9 @@ void AddStop(cairo_pattern_t* pattern, double at, CascadeColor color)
 
 uint32_t Premultiplied(const unsigned char* pixel, unsigned bytes)
 {
-    const unsigned alpha = bytes == 4 ? pixel[3] : 0xFF;
+    const unsigned alpha = bytes == 4 ? pixel[0] : 0xFF;
     const auto times = [&](unsigned value) { return (value * alpha + 127) / 255; };
-    return alpha << 24 | times(pixel[2]) << 16 | times(pixel[1]) << 8 | times(pixel[0]);
+    return alpha << 24 | times(pixel[2]) << 16 | times(pixel[1]) << 8 | times(pixel[bytes == 4 ? 3 : 0]);
 }
 
 }    // namespace

@@ -246,7 +246,7 @@ TEST_F(BitmapTest, ZonesAreReadWithinTheirBounds)
     auto* const bytes = static_cast<unsigned char*>(zone.MapLock());
     ASSERT_NE(nullptr, bytes);
     for (int i = 0; i < 12; ++i) {
-        const unsigned char pixel[4] = {uint8_t(i), 0x80, 0xFF, 0xFF};    // blue, green, red, alpha
+        const unsigned char pixel[4] = {0xFF, 0x80, 0xFF, uint8_t(i)};    // alpha, green, red, blue
         std::copy(pixel, pixel + 4, bytes + 8 + i * 4);
     }
     zone.Unlock();
@@ -263,7 +263,7 @@ TEST_F(BitmapTest, ZonesAreReadWithinTheirBounds)
     EXPECT_FALSE(bitmap.BlitFromSharedZone({0, 0}, zone, 0, 4, 3, 16, {0, 0, 4, 3}));
     EXPECT_FALSE(bitmap.BlitFromSharedZone({0, 0}, zone, 0, -4, 3, 32, {0, 0, 4, 3}));
     EXPECT_TRUE(bitmap.BlitFromSharedZone({0, 10}, zone, 8, 4, 3, 24, {0, 0, 1, 1}));
-    EXPECT_EQ(0xFF8000FFU, bitmap.GetPixel(0, 10));
+    EXPECT_EQ(0xFF80FFFFU, bitmap.GetPixel(0, 10));
     zone.Close();
 }
 

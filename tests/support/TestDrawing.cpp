@@ -221,9 +221,10 @@ bool CascadeBitmap::BlitFromSharedZone(
         for (int x = part.left; x < part.Right(); ++x) {
             const unsigned char* const p
                 = bytes + offset + (static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)) * pixelSize;
-            const unsigned alpha = pixelSize == 4 ? p[3] : 0xFFu;
+            const unsigned alpha = pixelSize == 4 ? p[0] : 0xFFu;
+            const unsigned char blue = p[pixelSize == 4 ? 3 : 0];
             drawing.pixels.push_back(
-                static_cast<CascadeColor>(p[2]) << 24 | static_cast<CascadeColor>(p[1]) << 16 | static_cast<CascadeColor>(p[0]) << 8 | alpha);
+                static_cast<CascadeColor>(p[2]) << 24 | static_cast<CascadeColor>(p[1]) << 16 | static_cast<CascadeColor>(blue) << 8 | alpha);
         }
     }
     zone.Unlock();
