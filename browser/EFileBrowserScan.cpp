@@ -84,6 +84,10 @@ void EFileBrowser::OnConfigRead(const FolderConfig& config)
 void EFileBrowser::RescanFolder()
 {
     if (!m_bScanPhase) {
+        const bool named = KindOf(Selected()) == ItemKind::kFolder || KindOf(Selected()) == ItemKind::kFile;
+        if (named && m_PendingSelection.IsEmpty() && m_PendingDevice.IsEmpty() && m_Listed && m_Listed->folder == m_Place.folder) {
+            m_PendingSelection = m_List.GetTag(Selected());    // read again, not entered: the cursor stays
+        }
         AbandonJobs();
         m_Phase = Phase::kWaiting;
         ShowWait("Reading the folder...");

@@ -154,6 +154,12 @@ TEST_F(EFileBrowserTest, AfterADeletionTheNextFileHasTheCursor)
     m_pBrowser->SetSelectedFile(m_Results[0].info.path);
     OpenAndList();
     EXPECT_EQ("c.mpg", Cursor());
+    // A folder that is read again keeps its cursor too.
+    m_Folder.Write("b.mpg", "x");
+    m_pBrowser->RescanFolder();
+    WaitForListing();
+    EXPECT_THAT(Names(), ElementsAre("a.mpg", "b.mpg", "c.mpg"));
+    EXPECT_EQ("c.mpg", Cursor());
 }
 
 TEST_F(EFileBrowserTest, AFoldersSettingsHoldForItAlone)
