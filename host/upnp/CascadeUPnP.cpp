@@ -2,7 +2,15 @@
 
 #include <utility>
 
+#include <malloc.h>
+
 #include "host/upnp/UpnpService.h"
+
+namespace {
+
+constexpr size_t kLargeAnswer = 10000;    // objects, some five megabytes
+
+}    // namespace
 
 // Fills the array of a request and hands it on.
 class CascadeUPnPRequests {
@@ -16,7 +24,11 @@ public:
         if (page.done) {
             asking.m_nTransaction = 0;
         }
+        const bool large = page.done && objects.GetSize() > kLargeAnswer;
         asking.OnAVBrowseResult(page.transaction, page.result, page.matchCount, objects, page.done);
+        if (large) {
+            malloc_trim(0);    // the objects were another thread's: their memory does not go back by itself
+        }
     }
 };
 
