@@ -52,6 +52,15 @@ bool IsLoopback(GUPnPContext* context)
     return is;
 }
 
+bool IsWanted(GUPnPContext* context)
+{
+    const char* const only = std::getenv("NUVID_UPNP_INTERFACE");
+    if (only != nullptr) {
+        return g_strcmp0(gssdp_client_get_interface(GSSDP_CLIENT(context)), only) == 0;
+    }
+    return !IsLoopback(context) || !HasOtherNetworks();
+}
+
 // "uuid:UUID::urn:..."
 std::string UuidOf(const char* usn)
 {
@@ -92,7 +101,7 @@ std::string ServerDirectory::PlainUuid(const std::string& uuid)
 
 void ServerDirectory::OnNetwork(GUPnPContext* context)
 {
-    if (IsLoopback(context) && std::getenv("NUVID_UPNP_LOOPBACK") == nullptr && HasOtherNetworks()) {
+    if (!IsWanted(context)) {
         return;
     }
     Network network {context, RuleOf(context), Owned<GSSDPResourceBrowser>(gssdp_resource_browser_new(GSSDP_CLIENT(context), kMediaServer))};

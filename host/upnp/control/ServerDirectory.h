@@ -1,8 +1,8 @@
 // The media servers that the networks of this box have: listens to their announcements, fetches their
 // descriptions, keeps where they can be asked.
 //
-// Rules:     A network is an interface with an IPv4 address; loopback counts when there is no other, or when
-//            NUVID_UPNP_LOOPBACK is set. A server counts when its announcement, its description and its
+// Rules:     A network is an interface with an IPv4 address; loopback counts when there is no other. With
+//            NUVID_UPNP_INTERFACE in the environment that interface alone counts. A server counts when its announcement, its description and its
 //            control URL all keep to AddressRule. Announcements are not signed: whoever is in the network can
 //            take a server's place, but not send the player anywhere else.
 // Units:     limits below.
