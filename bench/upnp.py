@@ -43,6 +43,11 @@ class Lines(Viewer):
         return [at for line, at in zip(self.lines, self.times) if text in line][times - 1]
 
 
+def rest():
+    """What was painted, or sent, is done with."""
+    time.sleep(0.3)
+
+
 def curl_ms(port):
     reply = subprocess.run(["curl", "-s", "-o", "/dev/null", "-w", "%{time_total}", "-H", 'Content-Type: text/xml; charset="utf-8"', "-H",
                             'SOAPAction: "urn:schemas-upnp-org:service:ContentDirectory:1#Browse"', "--data-binary", QUESTION, f"http://127.0.0.1:{port}/ctl/ContentDir"],
@@ -70,9 +75,11 @@ def listing_ms(top, port, items):
             if run:
                 player.key("left")
                 player.said("Error: ", 2 * run + 1)
-            own = curl_ms(port)
-            if not run:
+            else:
                 player.key("down")    # later it stands there already
+            rest()
+            own = curl_ms(port)
+            rest()
             begin = time.monotonic()
             player.key("select")
             listed = player.said("Error: OK", 2 * run + 2)
