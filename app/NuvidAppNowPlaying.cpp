@@ -61,7 +61,7 @@ void NuvidApp::OnNowPlaying(CascadeNowPlaying& now)
     if (m_Decoder.GetDuration() != 0) {
         now.durationMs = Milliseconds(m_Decoder.GetDuration());
         now.positionMs = now.sizeBytes == 0 ? -1 : Milliseconds(share * m_Decoder.GetDuration());
-    } else if (m_Decoder.GetBitrate() > 0) {
+    } else if (m_Decoder.IsBitrateMeasured()) {
         now.durationMs = now.sizeBytes == 0 ? -1 : Milliseconds(static_cast<double>(now.sizeBytes) * 8.0 / m_Decoder.GetBitrate());
         now.positionMs = Milliseconds(static_cast<double>(now.positionBytes) * 8.0 / m_Decoder.GetBitrate());
     }

@@ -1,5 +1,6 @@
 #include "playback/SideFileWriter.h"
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -19,8 +20,9 @@ namespace {
 constexpr auto kUsualTime = std::chrono::milliseconds(500);
 constexpr uint32_t kPatienceMs = 4000;
 
-// False when it cannot be written. A file that says the same already is left alone.
-bool WriteUnlessForeign(const CascadeString& path, const std::string& text)
+// False when it cannot be written. A file that says the same already is left alone, and so is one whose medium
+// was given up meanwhile: newer texts may be in it by now.
+bool WriteUnlessForeign(const CascadeString& path, const std::string& text, const std::atomic<bool>& givenUp)
 {
     const std::optional<std::string> old = ReadSettingsText(path);
     if (old && (!IsFileSettings(*old) || *old == text)) {
@@ -30,7 +32,7 @@ bool WriteUnlessForeign(const CascadeString& path, const std::string& text)
         return false;    // what is there but cannot be read is not ours to replace either
     }
     AtomicFile file(path);
-    return file.Open() && file.Write(text) && file.Commit();
+    return file.Open() && file.Write(text) && (givenUp || file.Commit());
 }
 
 }    // namespace
@@ -43,6 +45,7 @@ struct SideFileWriter::State {
     std::optional<std::string> waiting;
     bool writing = false;
     bool stop = false;
+    std::atomic<bool> givenUp {false};
     bool told = false;    // that this recording's file cannot be written
 };
 
@@ -116,6 +119,7 @@ void SideFileWriter::WaitUntilIdle()
         if (!CascadeFSObject::IsAwake(path, kPatienceMs)) {
             std::printf("Can not open settings file for writing\n");
             std::fflush(stdout);
+            m_pState->givenUp = true;
             m_pState->thread.detach();
             m_pState = std::make_shared<State>();
             m_bStarted = false;
@@ -147,7 +151,7 @@ void SideFileWriter::WriteAll(State& state)
 // One thread at a time: the worker, or the caller when there is none.
 void SideFileWriter::Write(State& state, const CascadeString& path, const std::string& text)
 {
-    if (WriteUnlessForeign(path, text)) {
+    if (WriteUnlessForeign(path, text, state.givenUp)) {
         return;
     }
     const std::lock_guard lock(state.mutex);
