@@ -96,7 +96,11 @@ void EFileBrowser::RescanUPnPFolder()
 
 void EFileBrowser::OnAVBrowseResult(unsigned long transaction, TransactionResult result, unsigned long matchCount, AVObjectArray& objects, bool done)
 {
-    if (!done || transaction != m_nBrowse || !IsInServer()) {
+    if (transaction != m_nBrowse || !IsInServer()) {
+        return;
+    }
+    if (!done) {
+        m_Wait.SetText(CascadeString::Format("%zu items so far...", objects.GetSize()));
         return;
     }
     m_nBrowse = 0;
