@@ -24,6 +24,10 @@ class Phone(Player):
         super().__init__(*arguments, options=(f"--remote={listen}:{port}",), **more)
         self.remote = int(self.wait_output(re.compile(r"Phone remote: http://[^/]+:(\d+)/"), 10).group(1))
 
+    def wait_for_menu(self):
+        """Without a film the menu opens by itself, and takes the keys."""
+        wait_for(lambda: len(self.stats()["windows"]) > 1, 10, "the menu")
+
     def request(self, method, path, body=None, **fields):
         """The answer's status, fields and body."""
         link = http.client.HTTPConnection(HERE, self.remote, timeout=20 * SLOW)
@@ -146,6 +150,7 @@ class Keys(unittest.TestCase):
 
     def test_the_hosts_own_keys(self):
         with Phone() as player:
+            player.wait_for_menu()
             player.cmd("Cascade key 0x20001")
             path = player.wait_output(re.compile(r"Screenshot: (.*\.png)"), 10).group(1)
             wait_for(lambda: os.path.getsize(path) > 100, 5, path)
@@ -349,7 +354,8 @@ class Pairing(unittest.TestCase):
                     return found.group(1) + found.group(2)
             return None
 
-        with Phone(listen="0.0.0.0", tidy=True) as player:
+        with Phone(listen="0.0.0.0") as player:
+            player.wait_for_menu()
             self.assertEqual(json.loads(player.request("GET", "/session")[2]), {"paired": False, "pairing": True})
             with self.assertRaises(Refused) as refused:
                 player.socket()
@@ -460,7 +466,7 @@ class InABrowser(unittest.TestCase):
             with Phone("-noresume", f"-browsedir={shelf.folder}") as player, browser.Browser() as page:
                 page.open(player.ours() + "/")
                 page.wait("!document.getElementById('remote').hidden")
-                wait_for(lambda: len(player.stats()["windows"]) > 1, 5, "the menu")
+                player.wait_for_menu()
                 page.touch("[data-key=select]")
                 wait_for(lambda: "Browser list" in player.stats()["windows"], 10, "the list")
                 page.touch("#type")

@@ -181,6 +181,8 @@ TEST_F(PhoneServerTest, KeysArriveAndEndWithTheFingerOrThePhone)
         EXPECT_TRUE(phone.Await("{\"ok\":1}"));
         phone.Say("2 hold left");
         EXPECT_TRUE(player.Says("hold 14"));
+        phone.Say("9 keep left");
+        EXPECT_TRUE(phone.Await("{\"ok\":9}"));
         EXPECT_TRUE(player.Says("up 14"));    // no sign of the finger for a while
         phone.Say("3 up left");
         EXPECT_TRUE(phone.Await("{\"ok\":3}"));

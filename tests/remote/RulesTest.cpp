@@ -70,6 +70,7 @@ TEST(PhoneMessage, WhatAPhoneMaySay)
     EXPECT_EQ(Kind::kDown, down->kind);
     EXPECT_EQ(7U, down->number);
     EXPECT_EQ(Remote::kLeft, down->key);
+    EXPECT_EQ(Kind::kKeep, host::ParsePhoneMessage("8 keep left")->kind);
     EXPECT_EQ("é", host::ParsePhoneMessage("1 type é")->text);
     EXPECT_EQ(" ", host::ParsePhoneMessage("1 type  ")->text);
     EXPECT_EQ("", host::ParsePhoneMessage("1 type")->text);

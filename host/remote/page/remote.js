@@ -185,7 +185,7 @@ function press(button) {
   }
   sendKey('down', key);
   hold.first = setTimeout(() => {
-    hold.timer = setInterval(() => sendKey('hold', key), repeats ? repeatEveryMs : fingerEveryMs);
+    hold.timer = setInterval(() => sendKey(repeats ? 'hold' : 'keep', key), repeats ? repeatEveryMs : fingerEveryMs);
   }, repeatAfterMs);
 }
 

@@ -31,6 +31,7 @@ constexpr WordRow kWords[] = {
     {"down", Kind::kDown},
     {"hold", Kind::kHold},
     {"up", Kind::kUp},
+    {"keep", Kind::kKeep},
     {"type", Kind::kType},
 };
 

@@ -1,6 +1,7 @@
 // What a phone says over its WebSocket, one message a line of text:
 //
 //   NUMBER down KEY    NUMBER hold KEY    NUMBER up KEY    a key of the remote, by its name (KeyNames.h)
+//   NUMBER keep KEY                                        the finger is still on it, which means nothing more
 //   NUMBER type C                                          one character, or nothing after "type": backspace
 //   view on            view off                            whether it looks at the picture
 //   got state          got picture                         it has shown what came last
@@ -19,7 +20,7 @@
 namespace host {
 
 struct PhoneMessage {
-    enum class Kind { kDown, kHold, kUp, kType, kViewOn, kViewOff, kGotState, kGotPicture, kDevices };
+    enum class Kind { kDown, kHold, kUp, kKeep, kType, kViewOn, kViewOff, kGotState, kGotPicture, kDevices };
     static constexpr size_t kLongest = 128;    // bytes
 
     Kind kind = Kind::kDown;
@@ -27,8 +28,7 @@ struct PhoneMessage {
     uint32_t key = 0;
     std::string_view text;    // within the line
 
-    bool IsKey() const { return kind == Kind::kDown || kind == Kind::kHold || kind == Kind::kUp; }
-    bool IsAnswered() const { return IsKey() || kind == Kind::kType; }
+    bool IsKey() const { return kind <= Kind::kKeep; }
 };
 
 std::optional<PhoneMessage> ParsePhoneMessage(std::string_view line);

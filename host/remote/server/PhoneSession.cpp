@@ -94,6 +94,7 @@ void PhoneSession::OnMessage(const PhoneMessage& message)
     case Kind::kDown:
     case Kind::kHold:
     case Kind::kUp:
+    case Kind::kKeep:
         OnKey(message);
         break;
     case Kind::kType:
@@ -134,7 +135,10 @@ void PhoneSession::OnKey(const PhoneMessage& message)
         m_Held.erase(message.key);
         m_Player.KeyUp(message.key, std::move(answer));
     } else {
-        answer();    // a key that was let go for the phone already
+        if (held) {
+            m_Held[message.key] = Clock::now();
+        }
+        answer();    // else it was let go for the phone already
     }
 }
 
