@@ -175,7 +175,7 @@ void EFileBrowser::AskDetail()
     if (m_Phase != Phase::kListed) {
         return;
     }
-    if (kind == ItemKind::kMedia) {
+    if (kind == ItemKind::kMedia || kind == ItemKind::kContainer || kind == ItemKind::kDevice) {
         ShowMediaDetail(Selected());
         return;
     }

@@ -188,6 +188,12 @@ void EFileBrowser::ShowMediaDetail(int item)
 {
     BrowserDetail::Content content;
     content.heading = m_List.GetText(item, 0);
+    if (KindOf(item) != ItemKind::kMedia) {
+        content.facts.push_back(KindOf(item) == ItemKind::kDevice ? "Media server" : "Folder");
+        content.isFolder = true;
+        m_Detail.Show(content);
+        return;
+    }
     const CascadeString duration = m_List.GetText(item, m_List.GetColumn("Duration"));
     if (!duration.IsEmpty()) {
         const uint32_t seconds = SecondsOf(duration);
@@ -206,6 +212,7 @@ void EFileBrowser::ShowServerDetail()
 {
     BrowserDetail::Content content;
     content.heading = m_Server.crumbs.back().name;
+    content.isFolder = true;
     m_Detail.Show(content);
 }
 
