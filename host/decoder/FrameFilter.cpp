@@ -59,6 +59,13 @@ void FrameFilter::Reset()
     m_bWantsFields = false;
 }
 
+int FrameFilter::PicturesOf(const AVFrame& frame)
+{
+    const Deinterlace policy = CurrentHostOptions().deinterlace;
+    const bool split = policy == Deinterlace::kOn || (policy != Deinterlace::kOff && frame.interlaced_frame != 0);
+    return split && Module() != nullptr ? 2 : 1;
+}
+
 void FrameFilter::Filter(FramePtr frame, int64_t duration, std::vector<FramePtr>& out)
 {
     const Deinterlace policy = CurrentHostOptions().deinterlace;
@@ -67,9 +74,7 @@ void FrameFilter::Filter(FramePtr frame, int64_t duration, std::vector<FramePtr>
     const bool wanted = m_bWantsFields && policy != Deinterlace::kOff;
     const bool takes = ScreenTakes(frame->format);
     PictureFilter* const filter = wanted || !takes ? Module() : nullptr;
-    // A picture that is split into two fields shows each half as long; what the filter makes inherits this.
-    const bool split = wanted && filter != nullptr && (frame->interlaced_frame != 0 || every);
-    frame->pkt_duration = split ? duration / 2 : duration;
+    frame->pkt_duration = duration / PicturesOf(*frame);    // what the filter makes inherits this
     if (filter == nullptr || !filter->Filter(frame, wanted, every, out)) {
         if (takes) {
             out.push_back(std::move(frame));

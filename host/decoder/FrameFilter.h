@@ -18,6 +18,7 @@ namespace host {
 class FrameFilter {
 public:
     void Reset();    // pictures from elsewhere follow: fields of before must not mix in
+    int PicturesOf(const AVFrame& frame);    // that Filter would make of it
     void Filter(FramePtr frame, int64_t duration, std::vector<FramePtr>& out);
     void Drain(std::vector<FramePtr>& out);
 

@@ -256,7 +256,7 @@ void VideoDecode::Finish(Opening::Number opening, FramePtr frame)
     frame->pict_type = AV_PICTURE_TYPE_NONE;
     if (!m_bDrought && m_Present.IsTooLate(line, duration)) {
         FollowLoad(line, duration);
-        m_Stats.Dropped(1);
+        m_Stats.Dropped(static_cast<unsigned>(m_Filter.PicturesOf(*frame)));
         return;
     }
     m_pCodec->skip_frame = AVDISCARD_DEFAULT;
