@@ -14,6 +14,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import zlib
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 sys.path.insert(0, os.path.join(ROOT, "tests", "program"))
@@ -43,12 +44,13 @@ def make_media(folder, seconds):
     for name, (size, rate, filters, tail) in recipes.items():
         path = os.path.join(folder, name)
         length = 60 if name == "long.mpg" else seconds
-        if os.path.exists(path) and os.path.exists(f"{path}.{length}"):
+        mark = f"{path}.{length}-{zlib.crc32(repr((size, rate, filters, tail)).encode()):08x}"    # another recipe makes another film
+        if os.path.exists(path) and os.path.exists(mark):
             continue
         print(f"making {name}", flush=True)
         subprocess.run(["ffmpeg", "-v", "error", "-nostdin", "-y", "-threads", "2", "-f", "lavfi", "-i", f"testsrc2=size={size}:rate={rate}:duration={length}", "-f", "lavfi",
                         "-i", f"sine=frequency=440:sample_rate=48000:duration={length}", "-vf", filters + ",format=yuv420p", "-ac", "2", *tail.split(), path], check=True)
-        open(f"{path}.{length}", "w", encoding="utf-8").close()
+        open(mark, "w", encoding="utf-8").close()
 
 
 def cut_in_two(folder, name):
