@@ -51,6 +51,8 @@ class DeadShare(unittest.TestCase):
                 self.assertTrue(place.held.wait(20))
                 self.assertIn("Cascade", player.cmd("Cascade help", 2))
                 player.key("Exit")    # ends the wait, then leaves
+                wait_for(lambda: not listens(player.port), 10, "the player leaves")
+                place.go_on()
                 self.assertEqual(player.wait_exit(), 0)
 
 
