@@ -228,9 +228,11 @@ TEST_F(ControlServerTest, ClientMayGoBeforeItsReply)
 TEST_F(ControlServerTest, LastReplyIsSentBeforeTheEnd)
 {
     // As "quit" does: the command itself leads to the end of the loop, and the services end with it.
-    host::ClaimCommandPrefix("Quit", [](const std::string&) {
-        host::PostToUi(host::StopNetworkServices);
-        return std::string("OK");
+    m_Ui.Do([] {
+        host::ClaimCommandPrefix("Quit", [](const std::string&) {
+            host::PostToUi(host::StopNetworkServices);
+            return std::string("OK");
+        });
     });
     Client bystander(m_Port);
     EXPECT_EQ(bystander.Ask("Test before"), "before");
