@@ -161,6 +161,8 @@ def measure_smooth(screen, program, path, display=False, busy=0):
         while stats["clock_s"] < LONG_FILM - 0.2 and time.monotonic() < deadline:
             time.sleep(0.1)
             stats = run.stats()
+        time.sleep(1)    # the last pictures
+        stats = run.stats()
         return {"shown %": stats["total_frames_shown"] / (LONG_FILM * RATE) * 100, "longest gap ms": stats["longest_gap_ms"]}
     finally:
         run.end()
