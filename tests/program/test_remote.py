@@ -403,7 +403,13 @@ class Pairing(unittest.TestCase):
             title = wait_for(lambda: next((title for title in player.stats()["windows"] if title.startswith("Pairing code")), None), 5, "the code")
             cookie = player.post("/pair", title.removeprefix("Pairing code "))[1]["Set-Cookie"].split(";")[0]
             settings = os.path.join(player.state, "settings.ini")
-            wait_for(lambda: os.path.exists(settings) and "[PairedDevices]" in open(settings, encoding="utf-8").read(), 5, "the device is stored")
+
+            def is_stored():
+                with contextlib.suppress(FileNotFoundError), open(settings, encoding="utf-8") as file:
+                    return "[PairedDevices]" in file.read()
+                return False
+
+            wait_for(is_stored, 5, "the device is stored")
             kept = player.folder + "-kept"
             shutil.copytree(player.state, kept)
             self.addCleanup(shutil.rmtree, kept, True)
@@ -414,6 +420,16 @@ class Pairing(unittest.TestCase):
             self.assertEqual(again.cmd("Cascade unpair"), "OK")
             with self.assertRaises(Refused):
                 WebSocket(HERE, port, "/socket", [("Origin", f"http://{HERE}:{port}"), ("Cookie", cookie)], seconds=20 * SLOW)
+
+
+def settle(page):
+    """Waits until no other picture has come for a while: what was asked for is on the screen."""
+    def is_still():
+        before = page.value("Number(document.body.dataset.pictures)")
+        time.sleep(0.8)
+        return page.value("Number(document.body.dataset.pictures)") == before
+
+    wait_for(is_still, 10, "a still picture")
 
 
 @unittest.skipUnless(browser.PROGRAM, "needs a browser")
@@ -435,15 +451,11 @@ class InABrowser(unittest.TestCase):
             page.touch("[data-key=menu]")
             wait_for(lambda: len(player.stats()["windows"]) > 1, 5, "the menu")
 
-            def settled():
-                before = page.value("Number(document.body.dataset.pictures)")
-                wait_for(lambda: page.value("Number(document.body.dataset.pictures)") == before or (time.sleep(0.7), False)[1], 5, "still pictures")
-                return page.value(look)
-
             def differs(picture):
                 return lambda: sum(abs(a - b) for a, b in zip(picture, page.value(look))) > 2000
 
-            menu = settled()
+            settle(page)
+            menu = page.value(look)
             page.touch("[data-key=down]")
             wait_for(differs(menu), 5, "the cursor moves in the picture")
             page.touch("[data-key=exit]")
@@ -469,9 +481,11 @@ class InABrowser(unittest.TestCase):
                 player.wait_for_menu()
                 page.touch("[data-key=select]")
                 wait_for(lambda: "Browser list" in player.stats()["windows"], 10, "the list")
+                settle(page)
                 page.touch("#type")
                 page.wait("document.activeElement.id === 'text'")
                 page.type("z")
+                settle(page)
                 page.touch("#typed")    # closes the field, and chooses
                 wait_for(lambda: player.cmd("Nuvid currentfilename") == "zulu.mpg", 10, "the film")
 
