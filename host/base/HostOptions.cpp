@@ -190,6 +190,8 @@ ParsedCommandLine ParseHostOptions(int argc, const char* const* argv)
             }
         }
         if (!taken) {
+            constexpr std::string_view kHttp = "http://";
+            parsed.options.opensHttp = parsed.options.opensHttp || (i > 0 && argument.starts_with(kHttp));
             parsed.rest.emplace_back(argument);
         }
     }

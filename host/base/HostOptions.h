@@ -26,6 +26,7 @@ struct HostOptions {
     std::string audio;                  // device name, "off", or empty for the default
     bool help = false;
     bool version = false;
+    bool opensHttp = false;             // something to play is an http:// address
 };
 
 struct ParsedCommandLine {

@@ -1,6 +1,7 @@
 #include "host/network/HttpStreamTransfer.h"
 
 #include <algorithm>
+#include <thread>
 
 #include <curl/curl.h>
 #include <poll.h>
@@ -86,6 +87,16 @@ int LimitSocket(void*, curl_socket_t socket, curlsocktype)
 }
 
 }    // namespace
+
+// The first handle brings the encryption library to life, for some milliseconds.
+void PrepareHttp()
+{
+    static const std::jthread preparing([] {
+        if (InitCurl()) {
+            const std::unique_ptr<CURL, FreeEasy> easy(curl_easy_init());
+        }
+    });
+}
 
 class HttpTransfer::Impl {
 public:

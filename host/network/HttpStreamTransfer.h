@@ -22,6 +22,9 @@ struct HttpPatience {
     Clock::time_point answerBy = Clock::time_point::max();    // when the headers have to be complete at the latest
 };
 
+// Does in the background, while the program starts, what the first transfer would have to do.
+void PrepareHttp();
+
 class HttpTransferClient {
 public:
     enum class Take { kTaken, kPause, kStop };

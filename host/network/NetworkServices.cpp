@@ -10,6 +10,7 @@
 #include "host/network/ControlAdmission.h"
 #include "host/network/ControlCommands.h"
 #include "host/network/ControlServer.h"
+#include "host/network/HttpStreamTransfer.h"
 #include "host/network/NetworkLoop.h"
 
 namespace host {
@@ -96,6 +97,9 @@ void Services::AnswerLater(uint64_t client, std::function<std::string()> work)
 
 bool StartNetworkServices()
 {
+    if (CurrentHostOptions().opensHttp) {
+        PrepareHttp();
+    }
     const std::string& where = CurrentHostOptions().ecp;
     if (where == "off" || Running() != nullptr) {
         return true;
