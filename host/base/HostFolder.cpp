@@ -18,7 +18,7 @@ std::string Home()
     return user != nullptr && user->pw_dir != nullptr ? user->pw_dir : "";
 }
 
-// A relative path in such a variable is to be ignored (XDG Base Directory Specification 0.8).
+// A relative path in such a variable is to be ignored (freedesktop.org, XDG base directories 0.8).
 std::string BaseFolder(const char* variable, const char* underHome)
 {
     if (const char* const folder = std::getenv(variable); folder != nullptr && *folder == '/') {
@@ -28,7 +28,7 @@ std::string BaseFolder(const char* variable, const char* underHome)
     return home.empty() ? "" : home + underHome;
 }
 
-// Makes the folder and what is missing above it, closed to other users as the same specification asks.
+// Makes the folder and what is missing above it, closed to other users (XDG base directories 0.8).
 bool MakeFolder(const std::string& folder)
 {
     for (size_t slash = folder.find('/', 1); slash != std::string::npos; slash = folder.find('/', slash + 1)) {

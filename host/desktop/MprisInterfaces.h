@@ -1,4 +1,4 @@
-// MPRIS 2.2, the two interfaces that every player has, in the introspection format of the D-Bus specification.
+// MPRIS 2.2, the two interfaces that every player has, as D-Bus introspection XML.
 #pragma once
 
 namespace host {

@@ -42,7 +42,7 @@ bool IsName(std::string_view name)
     return true;
 }
 
-// The escapes of the Desktop Entry Specification 1.5, chapter 4. The library's own reader would refuse texts
+// The escapes of desktop entries (freedesktop.org, 1.5, chapter 4). The library's own reader would refuse texts
 // that are not UTF-8, and a path may hold any byte.
 std::string Unescape(std::string_view text)
 {
