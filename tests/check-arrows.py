@@ -20,19 +20,17 @@ ROOMS = {
     "host/base": {"platform"},
     "host/screen": {"platform", "host/base"},
     "host/decoder": {"platform", "host/base"},
-    "host/network": {"platform", "host/base"},
+    "host/service": {"platform", "host/base"},
+    "host/network": {"platform", "host/base", "host/service"},
     "host/upnp": {"platform", "host/base"},
-    "host/remote": {"platform", "host/base"},
-    "host/desktop": {"platform", "host/base"},
+    "host/remote": {"platform", "host/base", "host/service"},
+    "host/desktop": {"platform", "host/base", "host/service"},
     "host/store": {"platform", "host/base"},
     "host/library": {"platform", "host/base"},
 }
 ANYTHING = ("tests", "bench")
 HEADERS = {
     "sources": {"widgets/EUtils.h"},
-    # the thread with a GLib main context, of which each has one of its own
-    "host/remote": {"host/network/NetworkLoop.h"},
-    "host/desktop": {"host/network/NetworkLoop.h"},
     "widgets/EProgressBar.cpp": {"playback/MDecoder.h", "playback/ProgressMarks.h", "sources/FileList.h"},
 }
 
@@ -44,7 +42,7 @@ LIBRARIES = {
     "Cairo and Pango": (r"cairo|pango", {"host/library", "host/screen"}),
     "libjpeg": (r"jpeglib|jerror|turbojpeg", {"host/remote", "host/screen"}),
     "libcurl": (r"curl/", {"host/network"}),
-    "GLib": (r"glib|gio/|gobject", {"host/desktop", "host/library", "host/network", "host/remote", "host/store", "host/screen", "host/upnp"}),
+    "GLib": (r"glib|gio/|gobject", {"host/desktop", "host/library", "host/network", "host/remote", "host/screen", "host/service", "host/store", "host/upnp"}),
     "libsoup and GUPnP": (r"libsoup|libgupnp|libgssdp|gupnp", {"host/network", "host/remote", "host/upnp"}),
 }
 

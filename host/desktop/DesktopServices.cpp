@@ -6,7 +6,7 @@
 
 #include "host/base/HostHooks.h"
 #include "host/desktop/MprisBus.h"
-#include "host/network/NetworkLoop.h"
+#include "host/service/NetworkLoop.h"
 #include "platform/CascadeApp.h"
 #include "platform/CascadeInput.h"
 

@@ -17,7 +17,8 @@
 
 #include "host/base/ListenAddress.h"
 #include "host/network/ControlClient.h"
-#include "host/network/NetworkLoop.h"
+#include "host/service/ListenSocket.h"
+#include "host/service/NetworkLoop.h"
 
 namespace host {
 
@@ -29,21 +30,18 @@ public:
     using OnCommand = std::function<void(uint64_t client, unsigned admission, std::string command)>;
 
     ControlServer(NetworkLoop& loop, OnCommand onCommand);
-    ~ControlServer();
     ControlServer(const ControlServer&) = delete;
     ControlServer& operator=(const ControlServer&) = delete;
 
     // Empty: it listens. Otherwise why not.
-    std::string Start(const ListenAddress& address);
-    uint16_t Port() const { return m_nPort; }
+    std::string Start(const ListenAddress& address) { return m_Listen.Start(address); }
+    uint16_t Port() const { return m_Listen.Port(); }
     void Reply(uint64_t client, std::string reply);    // of no effect when the client has gone
     void Admit(uint64_t client, unsigned admission);    // before its Reply
     // Takes no more commands; returns when every reply given so far is sent, at the latest after `patience`.
     void Stop(std::chrono::milliseconds patience);
 
 private:
-    void WatchListener();
-    gboolean OnConnection();
     void Welcome(GSocket* socket);
     void Forget(uint64_t client);
     void FinishAll();
@@ -52,11 +50,9 @@ private:
 
     NetworkLoop& m_Loop;
     const OnCommand m_OnCommand;
-    uint16_t m_nPort = 0;
-    GSocket* m_pListener = nullptr;
+    ListenSocket m_Listen;
 
     // The network thread's own.
-    GSource* m_pListening = nullptr;
     uint64_t m_nLastClient = 0;
     struct Guest {
         std::unique_ptr<ControlClient> client;

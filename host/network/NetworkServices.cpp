@@ -11,7 +11,7 @@
 #include "host/network/ControlCommands.h"
 #include "host/network/ControlServer.h"
 #include "host/network/HttpStreamTransfer.h"
-#include "host/network/NetworkLoop.h"
+#include "host/service/NetworkLoop.h"
 
 namespace host {
 namespace {

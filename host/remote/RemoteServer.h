@@ -13,7 +13,7 @@
 #include <string>
 
 typedef struct _GMainContext GMainContext;
-typedef struct _GSocketConnection GSocketConnection;
+typedef struct _GSocket GSocket;
 
 namespace host {
 
@@ -42,8 +42,8 @@ public:
 class RemoteServer {
 public:
     virtual ~RemoteServer() = default;
-    // Serves one connection that was accepted; keeps a reference of its own while it does.
-    virtual void Serve(GSocketConnection* connection) = 0;
+    // Serves one connection that was accepted, whose reference it takes over.
+    virtual void Serve(GSocket* socket) = 0;
 };
 
 }    // namespace host

@@ -10,9 +10,9 @@
 #include "host/base/UiQueue.h"
 #include "host/remote/PairingDesk.h"
 #include "host/remote/RemoteAddresses.h"
-#include "host/remote/RemoteListener.h"
 #include "host/remote/RemoteServer.h"
 #include "host/remote/StateJson.h"
+#include "host/service/ListenSocket.h"
 #include "platform/CascadeApp.h"
 #include "platform/CascadeInput.h"
 #include "platform/CascadeNowPlaying.h"
@@ -33,7 +33,7 @@ public:
     explicit Services(const ListenAddress& address, bool pairingIsNeeded)
         : m_Address(address)
         , m_Desk([this] { return Addresses(); }, pairingIsNeeded)
-        , m_Listener(m_Loop, [this](GSocketConnection* connection) { Serve(connection); })
+        , m_Listener(m_Loop, [this](GSocket* socket) { Serve(socket); })
     {
         SetPairing(&m_Desk);
     }
@@ -64,13 +64,13 @@ private:
     Pairing& GetPairing() override { return m_Desk; }
     bool NeedsPairing() const override { return !m_Address.isLoopback; }
 
-    void Serve(GSocketConnection* connection);
+    void Serve(GSocket* socket);
     static void OnUi(std::function<void()> work, Done done);
 
     const ListenAddress m_Address;
     NetworkLoop m_Loop;
     PairingDesk m_Desk;
-    RemoteListener m_Listener;
+    ListenSocket m_Listener;
     std::unique_ptr<RemoteServer> m_pServer;    // the remote thread's
     bool m_bLoaded = false;    // the remote thread's: it was tried
 };
@@ -90,7 +90,8 @@ std::string Services::Listen()
     return m_Loop.Start() ? m_Listener.Start(m_Address) : "out of file descriptors";
 }
 
-void Services::Serve(GSocketConnection* connection)
+// Loads the server for the first phone.
+void Services::Serve(GSocket* socket)
 {
     if (!m_bLoaded) {
         m_bLoaded = true;
@@ -103,7 +104,9 @@ void Services::Serve(GSocketConnection* connection)
         }
     }
     if (m_pServer != nullptr) {
-        m_pServer->Serve(connection);
+        m_pServer->Serve(socket);
+    } else {
+        g_object_unref(socket);
     }
 }
 

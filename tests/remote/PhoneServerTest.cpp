@@ -10,8 +10,8 @@
 
 #include "host/base/Pairing.h"
 #include "host/base/ScreenFeed.h"
-#include "host/remote/RemoteListener.h"
 #include "host/remote/server/PhoneServer.h"
+#include "host/service/ListenSocket.h"
 
 namespace {
 
@@ -147,7 +147,7 @@ class PhoneServerTest : public ::testing::Test {
 protected:
     PhoneServerTest()
         : player(loop)
-        , listener(loop, [this](GSocketConnection* connection) { server->Serve(connection); })
+        , listener(loop, [this](GSocket* socket) { server->Serve(socket); })
     {
         EXPECT_TRUE(loop.Start());
         loop.Post([this] { server = std::make_unique<host::PhoneServer>(player); });
@@ -167,7 +167,7 @@ protected:
     host::NetworkLoop loop;
     WritingPlayer player;
     std::unique_ptr<host::PhoneServer> server;    // the loop's
-    host::RemoteListener listener;
+    host::ListenSocket listener;
 };
 
 TEST_F(PhoneServerTest, KeysArriveAndEndWithTheFingerOrThePhone)

@@ -2,6 +2,9 @@
 
 #include <cstring>
 
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+
 #include "host/base/Pairing.h"
 #include "host/remote/server/PageFiles.h"
 #include "host/remote/server/RequestRules.h"
@@ -97,8 +100,12 @@ PhoneServer::~PhoneServer()
     g_object_unref(m_pSoup);
 }
 
-void PhoneServer::Serve(GSocketConnection* connection)
+void PhoneServer::Serve(GSocket* socket)
 {
+    // An answer to a key is not held back until there is more to send.
+    g_socket_set_option(socket, IPPROTO_TCP, TCP_NODELAY, 1, nullptr);
+    GSocketConnection* connection = g_socket_connection_factory_create_connection(socket);
+    g_object_unref(socket);
     GSocketAddress* local = g_socket_connection_get_local_address(connection, nullptr);
     GSocketAddress* peer = g_socket_connection_get_remote_address(connection, nullptr);
     if (local != nullptr && peer != nullptr && m_Connections.Admit(connection, peer)) {
@@ -106,6 +113,7 @@ void PhoneServer::Serve(GSocketConnection* connection)
     }
     g_clear_object(&local);
     g_clear_object(&peer);
+    g_clear_object(&connection);
 }
 
 void PhoneServer::CountBody(SoupServerMessage* message)

@@ -23,7 +23,7 @@ public:
     PhoneServer(const PhoneServer&) = delete;
     PhoneServer& operator=(const PhoneServer&) = delete;
 
-    void Serve(GSocketConnection* connection) override;
+    void Serve(GSocket* socket) override;
 
 private:
     using Handler = void (PhoneServer::*)(SoupServerMessage* message);

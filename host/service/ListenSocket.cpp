@@ -1,7 +1,7 @@
-#include "host/remote/RemoteListener.h"
+#include "host/service/ListenSocket.h"
 
-#include <netinet/in.h>
-#include <netinet/tcp.h>
+#include <memory>
+#include <utility>
 
 namespace host {
 namespace {
@@ -23,13 +23,13 @@ std::string Taken(GError* error)
 
 }    // namespace
 
-RemoteListener::RemoteListener(NetworkLoop& loop, std::function<void(GSocketConnection*)> onConnection)
+ListenSocket::ListenSocket(NetworkLoop& loop, OnAccepted onAccepted)
     : m_Loop(loop)
-    , m_OnConnection(std::move(onConnection))
+    , m_OnAccepted(std::move(onAccepted))
 {
 }
 
-RemoteListener::~RemoteListener()
+ListenSocket::~ListenSocket()
 {
     Finish();
     if (m_pSocket != nullptr) {
@@ -37,7 +37,7 @@ RemoteListener::~RemoteListener()
     }
 }
 
-std::string RemoteListener::Start(const ListenAddress& address)
+std::string ListenSocket::Start(const ListenAddress& address)
 {
     const Ref<GSocketAddress> where(g_inet_socket_address_new_from_string(address.host.c_str(), address.port));
     if (where == nullptr) {
@@ -63,23 +63,19 @@ std::string RemoteListener::Start(const ListenAddress& address)
     return {};
 }
 
-void RemoteListener::Watch()
+void ListenSocket::Watch()
 {
     m_pSource = g_socket_create_source(m_pSocket, G_IO_IN, nullptr);
-    const GSocketSourceFunc onReady = [](GSocket*, GIOCondition, gpointer self) { return static_cast<RemoteListener*>(self)->OnReady(); };
+    const GSocketSourceFunc onReady = [](GSocket*, GIOCondition, gpointer self) { return static_cast<ListenSocket*>(self)->OnReady(); };
     g_source_set_callback(m_pSource, reinterpret_cast<GSourceFunc>(reinterpret_cast<void (*)()>(onReady)), this, nullptr);
     g_source_attach(m_pSource, m_Loop.Context());
 }
 
-gboolean RemoteListener::OnReady()
+gboolean ListenSocket::OnReady()
 {
     GError* error = nullptr;
     if (GSocket* const socket = g_socket_accept(m_pSocket, nullptr, &error)) {
-        // An answer to a key is not held back until there is more to send.
-        g_socket_set_option(socket, IPPROTO_TCP, TCP_NODELAY, 1, nullptr);
-        const Ref<GSocketConnection> connection(g_socket_connection_factory_create_connection(socket));
-        g_object_unref(socket);
-        m_OnConnection(connection.get());
+        m_OnAccepted(socket);
         return G_SOURCE_CONTINUE;
     }
     const bool later = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK) || g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CONNECTION_CLOSED);
@@ -92,12 +88,12 @@ gboolean RemoteListener::OnReady()
 }
 
 // Out of file descriptors: the connection stays in the queue and would be reported without end.
-void RemoteListener::Pause()
+void ListenSocket::Pause()
 {
     g_source_unref(m_pSource);
     m_pSource = g_timeout_source_new_seconds(kPauseSeconds);
     const GSourceFunc onPause = [](gpointer self) -> gboolean {
-        auto* const listener = static_cast<RemoteListener*>(self);
+        auto* const listener = static_cast<ListenSocket*>(self);
         g_source_unref(listener->m_pSource);
         listener->Watch();
         return G_SOURCE_REMOVE;
@@ -106,7 +102,7 @@ void RemoteListener::Pause()
     g_source_attach(m_pSource, m_Loop.Context());
 }
 
-void RemoteListener::Finish()
+void ListenSocket::Finish()
 {
     if (m_pSource != nullptr) {
         g_source_destroy(m_pSource);

@@ -1,4 +1,4 @@
-#include "host/network/NetworkLoop.h"
+#include "host/service/NetworkLoop.h"
 
 #include <glib-unix.h>
 #include <sys/eventfd.h>

@@ -1,7 +1,7 @@
-// The network thread: one GLib main context, and work handed to it.
+// The thread of a service (external control, the phone remote, the session bus): one GLib main context, and work handed to it.
 //
 // Threads:   Start, Stop and destruction on the user-interface thread; Post from any. Posted work, and every
-//            source attached to Context(), runs on the network thread.
+//            source attached to Context(), runs on that thread.
 // Ownership: owns the thread and the context. Work posted after Stop is dropped unrun.
 #pragma once
 
