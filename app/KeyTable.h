@@ -8,6 +8,7 @@
 #include "app/KeyWindows.h"
 #include "app/NuvidApp.h"
 #include "platform/RemoteKeys.h"
+#include "widgets/KeyRows.h"
 
 struct KeyTable {
     struct Row {
@@ -63,24 +64,6 @@ struct KeyTable {
         {Remote::kInfo, "shows name, position, sound and bit rate; again within 2.5 s: playback options", false, false, 0, &NuvidApp::OnInfoKey},
     };
 
-    static constexpr const Row* Find(unsigned long key)
-    {
-        for (const Row& row : kRows) {
-            if (row.key == key) {
-                return &row;
-            }
-        }
-        return nullptr;
-    }
-
-    static constexpr bool KeysAreUnique()
-    {
-        for (const Row& row : kRows) {
-            if (Find(row.key) != &row) {
-                return false;
-            }
-        }
-        return true;
-    }
+    static constexpr const Row* Find(unsigned long key) { return FindKeyRow(kRows, key); }
 };
-static_assert(KeyTable::KeysAreUnique());
+static_assert(KeysAreUnique(KeyTable::kRows));

@@ -26,11 +26,6 @@ constexpr CascadeColor kFocusColor = 0xFFFFFFFF;
 constexpr CascadeColor kTextColor = 0xD5DCECFF;
 constexpr CascadeColor kRuleColor = 0xFFFFFF30;
 
-int LineHeight(const CascadeFont& font)
-{
-    return font.GetTextExtent("Tpgj").height;
-}
-
 constexpr int Even(int value)
 {
     return value / 2 * 2;
@@ -217,7 +212,7 @@ int MMenu::PaintTitle(CascadeBitmap& bitmap) const
     CascadeRect box = {panel.left + kMargin, panel.top + kTop, panel.width - 2 * kMargin, 0};
     for (size_t i = 0; i < lines.GetSize(); ++i) {
         const CascadeFont& font = i == 0 ? m_TitleFont : m_Font;
-        box.height = LineHeight(font);
+        box.height = EUtils::GetLineHeight(font);
         PaintText(bitmap, box, lines[i], font, i == 0 ? kFocusColor : kTextColor, Align::kCentre);
         box.top += box.height;
     }

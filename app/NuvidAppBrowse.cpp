@@ -52,6 +52,8 @@ void NuvidApp::FileBrowse()
     m_pBrowser->SetTitleSetThreshold(m_Options.titleSetThreshold);
     m_pBrowser->SetIconMode(m_Options.iconSize);
     m_pBrowser->SetBackEntry(m_Options.browserWithBack);
+    constexpr const char* kChooseHints[] = {"open", "add", "delete"};    // by browse mode
+    m_pBrowser->SetChooseHint(kChooseHints[m_nBrowseMode]);
     if (!place.cursor.IsEmpty()) {
         m_pBrowser->SetSelectedFile(place.cursor);
     }

@@ -17,6 +17,7 @@
 #include <memory>
 #include <string>
 
+#include "bench/BenchFolder.h"
 #include "browser/EFileBrowser.h"
 #include "browser/FolderScan.h"
 #include "platform/RemoteKeys.h"
@@ -28,19 +29,10 @@ namespace {
 // Recordings as people name them: half of them alone, half in parts of four.
 const std::string& Recordings(int count)
 {
-    static const struct Temporary {
-        Temporary()
-        {
-            char name[] = "/tmp/nuvid-bench-XXXXXX";
-            path = mkdtemp(name) != nullptr ? name : "/tmp";
-        }
-        ~Temporary() { std::filesystem::remove_all(path); }
-        std::string path;
-    } root;
     static std::map<int, std::string> folders;
     std::string& folder = folders[count];
     if (folder.empty()) {
-        folder = root.path + "/" + std::to_string(count) + "/";
+        folder = BenchFolder() + "/" + std::to_string(count) + "/";
         std::filesystem::create_directory(folder);
         for (int i = 0; i < count; ++i) {
             char name[64];

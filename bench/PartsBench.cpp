@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "bench/BenchFolder.h"
 #include "platform/CascadeStream.h"
 #include "platform/CascadeTime.h"
 #include "playback/MHWDecoder.h"
@@ -32,21 +33,6 @@ namespace {
 
 constexpr size_t kBuffer = 192512;    // one buffer of the decoder
 constexpr size_t kPack = 2048;
-
-// A folder that goes when the program ends.
-const std::string& Folder()
-{
-    static const struct Temporary {
-        Temporary()
-        {
-            char name[] = "/tmp/nuvid-bench-XXXXXX";
-            path = mkdtemp(name) != nullptr ? name : "/tmp";
-        }
-        ~Temporary() { std::filesystem::remove_all(path); }
-        std::string path;
-    } folder;
-    return folder.path;
-}
 
 // Packs of 2048 bytes with a clock reference and a packet with both stamps (ISO/IEC 13818-1 2.5.3.3, 2.4.3.7).
 std::vector<unsigned char> ProgramStream(size_t bytes)
@@ -77,7 +63,7 @@ constexpr size_t kRing = 8;    // buffers, as the player asks for
 // The first of so many files that are one film.
 std::string Film(int parts)
 {
-    const std::string folder = Folder() + "/film" + std::to_string(parts);
+    const std::string folder = BenchFolder() + "/film" + std::to_string(parts);
     const std::string first = folder + "/film1.mpg";
     if (!std::filesystem::exists(first)) {
         std::filesystem::create_directory(folder);
@@ -243,7 +229,7 @@ BENCHMARK(RepairOfGarbage);
 const std::string& BigFolder()
 {
     static const std::string path = [] {
-        const std::string name = Folder() + "/many";
+        const std::string name = BenchFolder() + "/many";
         std::filesystem::create_directory(name);
         for (int n = 0; n < 10000; ++n) {
             std::ofstream(name + "/clip" + std::to_string(n) + ".mpg") << 'x';

@@ -16,7 +16,7 @@ constexpr CascadeColor kFrame = 0x00000060;
 
 int LineHeight(const CascadeFont& font)
 {
-    return font.GetTextExtent("Tpgj").height + kLineGap;
+    return EUtils::GetLineHeight(font) + kLineGap;
 }
 
 // Names without blanks are as wide as they like, so a line that does not fit is broken anywhere.

@@ -7,6 +7,7 @@
 
 #include "browser/EFileBrowser.h"
 #include "platform/RemoteKeys.h"
+#include "widgets/KeyRows.h"
 
 struct BrowserKeys {
     struct Row {
@@ -34,24 +35,6 @@ struct BrowserKeys {
         {Remote::kExit, "leaves the browser; while a folder is being read: goes back to the one before", "Exit", "close", true, &EFileBrowser::OnExitKey},
     };
 
-    static constexpr const Row* Find(unsigned long key)
-    {
-        for (const Row& row : kRows) {
-            if (row.key == key) {
-                return &row;
-            }
-        }
-        return nullptr;
-    }
-
-    static constexpr bool KeysAreUnique()
-    {
-        for (const Row& row : kRows) {
-            if (Find(row.key) != &row) {
-                return false;
-            }
-        }
-        return true;
-    }
+    static constexpr const Row* Find(unsigned long key) { return FindKeyRow(kRows, key); }
 };
-static_assert(BrowserKeys::KeysAreUnique());
+static_assert(KeysAreUnique(BrowserKeys::kRows));

@@ -79,6 +79,7 @@ public:
     void SetIconMode(int mode);    // of every folder that does not say otherwise
     void SetBackEntry(bool show);    // the top folder begins with an entry that leaves the browser
     void SetFilterLabel(const char* label);    // in place of the label that each filter has
+    void SetChooseHint(const char* hint) { m_ChooseHint = hint; }    // what choosing does, for the line of hints
 
     // Starts on the whole screen; always true. `startFolder` may be a media server's (ServerLocation.h). The viewer
     // gets no higher than `topFolder`.
@@ -217,6 +218,7 @@ private:
     CascadeString m_IconPath;
     CascadeString m_BrowseTitle;
     CascadeString m_GivenFilterLabel;
+    CascadeString m_ChooseHint;
     CascadeString m_TopFolder;
     CascadeString m_BrowseRoot;
     CascadeString m_StartFolder;

@@ -105,7 +105,7 @@ void EFileBrowser::PaintHead(CascadeBitmap& bitmap) const
     const CascadeString title = EUtils::TrimStringToWidth(m_BrowseTitle, pill.left - head.left - kHintSpace, titleFont, false);
     EUtils::ShadowedTextOut(bitmap, {head.left, head.top - 2}, title, titleFont, m_Palette.text, kShadowColor, kShadow);
     const CascadeString path = EUtils::TrimStringToWidth(PathText(), head.width, pathFont, true);
-    const int pathTop = head.Bottom() - pathFont.GetTextExtent("Tpgj").height - 4;
+    const int pathTop = head.Bottom() - EUtils::GetLineHeight(pathFont) - 4;
     EUtils::ShadowedTextOut(bitmap, {head.left, pathTop}, path, pathFont, m_Palette.quiet, kShadowColor, kShadow);
 }
 
@@ -122,12 +122,15 @@ void EFileBrowser::PaintHints(CascadeBitmap& bitmap) const
     }
     int x = line.left;
     for (const BrowserKeys::Row& row : BrowserKeys::kRows) {
-        const bool inVain = (row.key == Remote::kStop && !m_bDeletion) || (row.key == Remote::kLeft && IsAtTop() && !IsInServer());
+        const bool filesAlone = row.key == Remote::kStop || row.key == Remote::kMenu || row.key == Remote::kInfo;
+        const bool inVain = (row.key == Remote::kStop && !m_bDeletion) || (row.key == Remote::kLeft && IsAtTop() && !IsInServer())
+            || (filesAlone && IsInServer());
         if (row.cap == nullptr || inVain) {
             continue;
         }
         const CascadeDims cap = font.GetTextExtent(row.cap);
-        const CascadeDims hint = font.GetTextExtent(row.hint);
+        const char* const text = row.key == Remote::kSelect && !m_ChooseHint.IsEmpty() ? m_ChooseHint.Text() : row.hint;
+        const CascadeDims hint = font.GetTextExtent(text);
         const CascadeRect key {x, line.top + 2, cap.width + 2 * kCapPadding, line.height - 4};
         if (key.Right() + kHintGap + hint.width > line.Right()) {
             break;
@@ -135,7 +138,7 @@ void EFileBrowser::PaintHints(CascadeBitmap& bitmap) const
         bitmap.FillRoundedRect(key, kCapRadius, m_Palette.key);
         bitmap.StrokeRoundedRect(key, kCapRadius, 1.5, m_Palette.rim);
         bitmap.TextOut({key.left + kCapPadding, Middle(key, cap.height)}, row.cap, font, m_Palette.text);
-        bitmap.TextOut({key.Right() + kHintGap, Middle(line, hint.height)}, row.hint, font, m_Palette.quiet);
+        bitmap.TextOut({key.Right() + kHintGap, Middle(line, hint.height)}, text, font, m_Palette.quiet);
         x = key.Right() + kHintGap + hint.width + kHintSpace;
     }
 }

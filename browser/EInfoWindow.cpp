@@ -46,11 +46,6 @@ constexpr const char* kPlay = "Play";
 constexpr const char* kDelete = "Delete";
 constexpr const char* kCancel = "Cancel";
 
-int LineHeight(const CascadeFont& font)
-{
-    return font.GetTextExtent("Tpgj").height;
-}
-
 }    // namespace
 
 EInfoWindow::EInfoWindow()
@@ -254,7 +249,7 @@ bool EInfoWindow::OnKeyUp(unsigned long key)
 
 size_t EInfoWindow::VisibleLines() const
 {
-    return static_cast<size_t>(std::max(1, m_TextBox.height / LineHeight(m_TextFont)));
+    return static_cast<size_t>(std::max(1, m_TextBox.height / EUtils::GetLineHeight(m_TextFont)));
 }
 
 void EInfoWindow::Scroll(int lines)
@@ -284,7 +279,7 @@ void EInfoWindow::OnPaint(CascadeBitmap& bitmap)
 
 void EInfoWindow::PaintDescription(CascadeBitmap& bitmap) const
 {
-    const int height = LineHeight(m_TextFont);
+    const int height = EUtils::GetLineHeight(m_TextFont);
     const size_t visible = VisibleLines();
     CascadePoint at {m_TextBox.left, m_TextBox.top};
     for (size_t i = m_nFirstLine; i < std::min(m_Lines.size(), m_nFirstLine + visible); ++i) {

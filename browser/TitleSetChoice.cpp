@@ -57,7 +57,7 @@ void TitleSetChoice::OnMaterialize()
     TakeFocus();
     m_Lines = EUtils::WrapText(m_TextFont, kQuestion, kWindow.width - 2 * kMargin);
     const CascadeRect& panel = GetRect();
-    const int head = kTop + m_TitleFont.GetTextExtent("Tpgj").height + kGap + static_cast<int>(m_Lines.size()) * m_TextFont.GetTextExtent("Tpgj").height + kGap;
+    const int head = kTop + EUtils::GetLineHeight(m_TitleFont) + kGap + static_cast<int>(m_Lines.size()) * EUtils::GetLineHeight(m_TextFont) + kGap;
     m_List.SetRect({panel.left + kMargin, panel.top + head, panel.width - 2 * kMargin, panel.height - head - kMargin});
     m_List.Materialize(kPlane3);
 }
@@ -111,9 +111,9 @@ void TitleSetChoice::OnPaint(CascadeBitmap& bitmap)
     m_Palette.PaintPanel(bitmap, panel);
     CascadePoint at {panel.left + kMargin, panel.top + kTop};
     bitmap.TextOut(at, kTitle, m_TitleFont, m_Palette.text);
-    at.y += m_TitleFont.GetTextExtent("Tpgj").height + kGap;
+    at.y += EUtils::GetLineHeight(m_TitleFont) + kGap;
     for (const CascadeString& line : m_Lines) {
         bitmap.TextOut(at, line, m_TextFont, m_Palette.quiet);
-        at.y += m_TextFont.GetTextExtent("Tpgj").height;
+        at.y += EUtils::GetLineHeight(m_TextFont);
     }
 }

@@ -88,10 +88,10 @@ void EDialog::Show(const char* name, Client* client)
 void EDialog::LayOut()
 {
     m_Lines = EUtils::WrapText(m_TextFont, m_Text, kWidth - 2 * kMargin);
-    const int title = m_TitleFont.GetTextExtent("Tpgj").height + 2 * kTitleGap;
-    const int line = m_TextFont.GetTextExtent("Tpgj").height + kLineGap;
+    const int title = EUtils::GetLineHeight(m_TitleFont) + 2 * kTitleGap;
+    const int line = EUtils::GetLineHeight(m_TextFont) + kLineGap;
     const int text = static_cast<int>(m_Lines.size()) * line;
-    const int countdown = m_nTimeout > 0 ? kChoiceGap + m_ChoiceFont.GetTextExtent("Tpgj").height : 0;
+    const int countdown = m_nTimeout > 0 ? kChoiceGap + EUtils::GetLineHeight(m_ChoiceFont) : 0;
     const int above = (kTop + title + text + kChoiceGap + 1) / 2 * 2;
 
     CascadeRect rect = {0, 0, kWidth, (above + kChoiceHeight + countdown + kBottom + 1) / 2 * 2};
@@ -184,12 +184,12 @@ void EDialog::OnPaint(CascadeBitmap& bitmap)
     bitmap.StretchBlit(panel, m_Panel);
 
     CascadeRect line = inner;
-    line.height = m_TitleFont.GetTextExtent("Tpgj").height;
+    line.height = EUtils::GetLineHeight(m_TitleFont);
     PaintCentred(bitmap, line, GetTitle(), m_TitleFont, kTitleColor);
     bitmap.FillRect({inner.left, line.Bottom() + kTitleGap / 2, inner.width, 2}, kRuleColor);
 
     line.top = line.Bottom() + 2 * kTitleGap;
-    line.height = m_TextFont.GetTextExtent("Tpgj").height;
+    line.height = EUtils::GetLineHeight(m_TextFont);
     for (const CascadeString& text : m_Lines) {
         PaintCentred(bitmap, line, text, m_TextFont, kTextColor);
         line.top += line.height + kLineGap;
@@ -198,7 +198,7 @@ void EDialog::OnPaint(CascadeBitmap& bitmap)
     if (m_nTimeout > 0) {
         const CascadeString countdown = CascadeString::Format(m_nShownSeconds == 1 ? "Closes in %u second" : "Closes in %u seconds", m_nShownSeconds);
         line.top = m_nChoicesTop + kChoiceHeight + kChoiceGap;
-        line.height = m_ChoiceFont.GetTextExtent("Tpgj").height;
+        line.height = EUtils::GetLineHeight(m_ChoiceFont);
         PaintCentred(bitmap, line, countdown, m_ChoiceFont, kQuietColor);
     }
 }

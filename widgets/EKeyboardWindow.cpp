@@ -55,7 +55,7 @@ void EKeyboardWindow::ShowDialog(const char* title, bool password, Client* clien
     m_bPassword = password;
     m_pClient = client;
     m_Grid.Reset();
-    const int height = kTop + m_TitleFont.GetTextExtent("Tpgj").height + kTitleGap + kFieldHeight + kFieldGap
+    const int height = kTop + EUtils::GetLineHeight(m_TitleFont) + kTitleGap + kFieldHeight + kFieldGap
         + KeyboardGrid::kRows * (kKeyHeight + kKeyGap) - kKeyGap + kMargin;
     CascadeRect rect = {0, 0, KeyboardGrid::kRowUnits * kUnit - kKeyGap + 2 * kMargin, height / 2 * 2};
     EUtils::CenterRectInScreen(rect);
@@ -169,7 +169,7 @@ void EKeyboardWindow::OnPaint(CascadeBitmap& bitmap)
     bitmap.Fill(0);
     m_Palette.PaintPanel(bitmap, panel);
 
-    CascadeRect line = {panel.left + kMargin, panel.top + kTop, panel.width - 2 * kMargin, m_TitleFont.GetTextExtent("Tpgj").height};
+    CascadeRect line = {panel.left + kMargin, panel.top + kTop, panel.width - 2 * kMargin, EUtils::GetLineHeight(m_TitleFont)};
     PaintCentred(bitmap, line, EUtils::TrimStringToWidth(GetTitle(), line.width, m_TitleFont, false), m_TitleFont, m_Palette.text);
     line.top = line.Bottom() + kTitleGap;
     line.height = kFieldHeight;
@@ -193,7 +193,7 @@ void EKeyboardWindow::PaintField(CascadeBitmap& bitmap, const CascadeRect& box) 
     bitmap.StrokeRoundedRect(box, kKeyRadius, 2, m_Palette.rim);
     const int room = box.width - 2 * kFieldInset - 2 * kCaretWidth;
     const CascadeString shown = EUtils::TrimStringToWidth(m_bPassword ? m_Field.Dots() : m_Field.Text(), room, m_FieldFont, true);
-    const int height = m_FieldFont.GetTextExtent("Tpgj").height;
+    const int height = EUtils::GetLineHeight(m_FieldFont);
     const CascadePoint at = {box.left + kFieldInset, box.top + (box.height - height) / 2};
     bitmap.TextOut(at, shown, m_FieldFont, m_Palette.text);
     const int width = shown.IsEmpty() ? 0 : m_FieldFont.GetTextExtent(shown).width + kCaretWidth;

@@ -23,11 +23,6 @@ constexpr size_t kMostTrimmed = 128;
 constexpr CascadeColor kMarkRim = 0x00000090;
 constexpr int kUnfocusedLine = 2;
 
-int LineHeight(const CascadeFont& font)
-{
-    return font.GetTextExtent("Tpgj").height;
-}
-
 }    // namespace
 
 CascadeRect EListView::RowsRect() const
@@ -154,7 +149,7 @@ const EListView::Trimmed& EListView::TrimmedName(const char* name, int width)
 void EListView::PaintName(CascadeBitmap& bitmap, int item, const CascadeRect& box, bool selected, bool focused)
 {
     const Trimmed& name = TrimmedName(m_Items.GetText(item, 0), box.width);
-    const int height = LineHeight(m_Font);
+    const int height = EUtils::GetLineHeight(m_Font);
     const CascadePoint at = {box.left, box.top + (box.height - height) / 2};
     const CascadeColor color = focused ? m_Palette.onAccent : m_Palette.text;
     if (selected && m_bFocused && name.wholeWidth > box.width) {
@@ -172,7 +167,7 @@ void EListView::PaintName(CascadeBitmap& bitmap, int item, const CascadeRect& bo
 void EListView::PaintMessage(CascadeBitmap& bitmap, const CascadeRect& room) const
 {
     const CascadeFont font("system", kMessageSize);
-    const int height = LineHeight(font);
+    const int height = EUtils::GetLineHeight(font);
     if (m_Message.IsEmpty() || room.height < height) {
         return;
     }

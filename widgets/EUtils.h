@@ -30,6 +30,7 @@ public:
     // Keeps the beginning and the last twelve characters, "..." between, until the text is narrower
     // than `maxWidth` or has fewer than sixteen characters.
     static CascadeString TrimStringInMiddle(const char* text, int maxWidth, const CascadeFont& font);
+    static int GetLineHeight(const CascadeFont& font);    // of any text on one line
     static int GetWrappedTextHeight(const CascadeFont& font, const CascadeString& text, int maxWidth);
     // The text in lines of at most `maxWidth`, broken at blanks and line feeds; a word that is wider than that
     // has a line of its own.

@@ -138,6 +138,11 @@ CascadeString EUtils::TrimStringInMiddle(const char* text, int maxWidth, const C
     return CascadeString(trimmed(LargestFitting(count - kShortestTrimmed, [&](size_t n) { return fits(trimmed(n)); })));
 }
 
+int EUtils::GetLineHeight(const CascadeFont& font)
+{
+    return font.GetTextExtent("Tpgj").height;
+}
+
 int EUtils::GetWrappedTextHeight(const CascadeFont& font, const CascadeString& text, int maxWidth)
 {
     int lines = 1;
@@ -165,7 +170,7 @@ int EUtils::GetWrappedTextHeight(const CascadeFont& font, const CascadeString& t
             lineWidth = 0;
         }
     }
-    return lines * (font.GetTextExtent("Tpgj").height + 1);
+    return lines * (GetLineHeight(font) + 1);
 }
 
 void EUtils::TrimWrappedText(CascadeString& text, const CascadeFont& font, const CascadeRect& box)
