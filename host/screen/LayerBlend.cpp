@@ -1,11 +1,15 @@
 #include "host/screen/LayerBlend.h"
 
+#include <algorithm>
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
 
 namespace screen {
 namespace {
+
+constexpr int kVector = 8;    // pixels
 
 // Porter and Duff's "over" for premultiplied colours; two channels at a time, each with a byte of room. A product
 // is divided by 255 with rounding.
@@ -20,15 +24,26 @@ uint32_t Over(uint32_t from, uint32_t to)
 }
 
 #if defined(__x86_64__)
+// Eight pixels below others; `rest` is what the alpha above them leaves, a byte for each of their channels. A product
+// p and a half is divided by 255 as (p + 128) * 257 / 65536: exact for all products of two bytes.
+__attribute__((target("avx2"))) inline __m256i Rest(__m256i below, __m256i restLow, __m256i restHigh)
+{
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i half = _mm256_set1_epi16(128);
+    const __m256i divisor = _mm256_set1_epi16(257);
+    const __m256i low = _mm256_add_epi16(_mm256_mullo_epi16(_mm256_unpacklo_epi8(below, zero), restLow), half);
+    const __m256i high = _mm256_add_epi16(_mm256_mullo_epi16(_mm256_unpackhi_epi8(below, zero), restHigh), half);
+    return _mm256_packus_epi16(_mm256_mulhi_epu16(low, divisor), _mm256_mulhi_epu16(high, divisor));
+}
+
 // Eight pixels at a time; how many were done.
 __attribute__((target("avx2"))) int BlendEights(uint32_t* to, const uint32_t* from, int count)
 {
     const __m256i zero = _mm256_setzero_si256();
     const __m256i opaque = _mm256_set1_epi32(int(0xFF000000U));
-    const __m256i half = _mm256_set1_epi16(128);
     const __m256i alphas = _mm256_setr_epi8(3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15, 3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15);
     int done = 0;
-    for (; done + 8 <= count; done += 8) {
+    for (; done + kVector <= count; done += kVector) {
         const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + done));
         auto* const at = reinterpret_cast<__m256i*>(to + done);
         if (_mm256_testz_si256(source, source) != 0) {
@@ -38,15 +53,42 @@ __attribute__((target("avx2"))) int BlendEights(uint32_t* to, const uint32_t* fr
             _mm256_storeu_si256(at, source);
             continue;
         }
-        const __m256i below = _mm256_loadu_si256(at);
         const __m256i rest = _mm256_xor_si256(_mm256_shuffle_epi8(source, alphas), _mm256_set1_epi8(-1));
-        __m256i low = _mm256_add_epi16(_mm256_mullo_epi16(_mm256_unpacklo_epi8(below, zero), _mm256_unpacklo_epi8(rest, zero)), half);
-        __m256i high = _mm256_add_epi16(_mm256_mullo_epi16(_mm256_unpackhi_epi8(below, zero), _mm256_unpackhi_epi8(rest, zero)), half);
-        low = _mm256_srli_epi16(_mm256_add_epi16(low, _mm256_srli_epi16(low, 8)), 8);
-        high = _mm256_srli_epi16(_mm256_add_epi16(high, _mm256_srli_epi16(high, 8)), 8);
-        _mm256_storeu_si256(at, _mm256_add_epi8(source, _mm256_packus_epi16(low, high)));
+        const __m256i scaled = Rest(_mm256_loadu_si256(at), _mm256_unpacklo_epi8(rest, zero), _mm256_unpackhi_epi8(rest, zero));
+        _mm256_storeu_si256(at, _mm256_add_epi8(source, scaled));
     }
     return done;
+}
+
+__attribute__((target("avx2"))) int BlendFlatEights(uint32_t* to, uint32_t from, int count)
+{
+    const __m256i source = _mm256_set1_epi32(int(from));
+    const __m256i rest = _mm256_set1_epi16(short(255 - (from >> 24)));
+    int done = 0;
+    for (; done + kVector <= count; done += kVector) {
+        auto* const at = reinterpret_cast<__m256i*>(to + done);
+        _mm256_storeu_si256(at, _mm256_add_epi8(source, Rest(_mm256_loadu_si256(at), rest, rest)));
+    }
+    return done;
+}
+
+bool CanEights()
+{
+    static const bool wide = __builtin_cpu_supports("avx2") != 0;
+    return wide;
+}
+#else
+int BlendEights(uint32_t*, const uint32_t*, int)
+{
+    return 0;
+}
+int BlendFlatEights(uint32_t*, uint32_t, int)
+{
+    return 0;
+}
+bool CanEights()
+{
+    return false;
 }
 #endif
 
@@ -54,13 +96,65 @@ __attribute__((target("avx2"))) int BlendEights(uint32_t* to, const uint32_t* fr
 
 void BlendRow(uint32_t* to, const uint32_t* from, int count)
 {
-    int x = 0;
-#if defined(__x86_64__)
-    static const bool wide = __builtin_cpu_supports("avx2") != 0;
-    x = wide ? BlendEights(to, from, count) : 0;
-#endif
-    for (; x < count; ++x) {
+    for (int x = CanEights() ? BlendEights(to, from, count) : 0; x < count; ++x) {
         to[x] = from[x] == 0 ? to[x] : Over(from[x], to[x]);
+    }
+}
+
+void BlendFlat(uint32_t* to, uint32_t from, int count)
+{
+    if (from == 0) {
+        return;
+    }
+    for (int x = CanEights() ? BlendFlatEights(to, from, count) : 0; x < count; ++x) {
+        to[x] = Over(from, to[x]);
+    }
+}
+
+void LayerRuns::Find(const uint8_t* pixels, std::ptrdiff_t stride, CascadeDims dims)
+{
+    m_Runs.clear();
+    m_RowEnds.clear();
+    for (int y = 0; y < dims.height; ++y) {
+        const auto* const row = reinterpret_cast<const uint32_t*>(pixels + y * stride);
+        int begin = 0;    // of what is not yet part of a run
+        for (int x = 0; x < dims.width;) {
+            const int same = x;
+            while (x < dims.width && row[x] == row[same]) {
+                ++x;
+            }
+            // Whole vectors on both sides, so that no pixel but the row's last ones is done alone.
+            const int flat = begin + (same - begin + kVector - 1) / kVector * kVector;
+            const int end = x == dims.width ? x : flat + std::max(x - flat, 0) / kVector * kVector;
+            if (end - flat >= kShortestFlat) {
+                if (flat > begin) {
+                    m_Runs.push_back({flat, false});
+                }
+                m_Runs.push_back({end, true});
+                begin = end;
+            }
+        }
+        if (begin < dims.width) {
+            m_Runs.push_back({dims.width, false});
+        }
+        m_RowEnds.push_back(m_Runs.size());
+    }
+}
+
+void LayerRuns::BlendRow(uint32_t* to, const uint32_t* from, int y, int left, int right) const
+{
+    int begin = 0;
+    for (size_t i = y == 0 ? 0 : m_RowEnds[size_t(y) - 1]; i < m_RowEnds[size_t(y)] && begin < right; begin = m_Runs[i++].end) {
+        const int first = std::max(begin, left);
+        const int count = std::min(m_Runs[i].end, right) - first;
+        if (count <= 0) {
+            continue;
+        }
+        if (m_Runs[i].flat) {
+            BlendFlat(to + first, from[first], count);
+        } else {
+            screen::BlendRow(to + first, from + first, count);
+        }
     }
 }
 
@@ -71,9 +165,20 @@ void BlendLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect are
     cairo_surface_flush(surface);
     const unsigned char* const data = cairo_image_surface_get_data(surface);
     const std::ptrdiff_t dataStride = cairo_image_surface_get_stride(surface);
+    // One that is laid over a second picture is worth a closer look.
+    if (layer.blended && !layer.runs.Found()) {
+        layer.runs.Find(data, dataStride, {layer.box.width, layer.box.height});
+    }
+    layer.blended = true;
+    const int left = area.left - layer.box.left;
     for (int y = area.top; y < area.Bottom(); ++y) {
-        BlendRow(reinterpret_cast<uint32_t*>(pixels + std::ptrdiff_t(y) * stride) + area.left,
-            reinterpret_cast<const uint32_t*>(data + (y - layer.box.top) * dataStride) + (area.left - layer.box.left), area.width);
+        auto* const to = reinterpret_cast<uint32_t*>(pixels + std::ptrdiff_t(y) * stride) + layer.box.left;
+        const auto* const from = reinterpret_cast<const uint32_t*>(data + (y - layer.box.top) * dataStride);
+        if (layer.runs.Found()) {
+            layer.runs.BlendRow(to, from, y - layer.box.top, left, left + area.width);
+        } else {
+            BlendRow(to + left, from + left, area.width);
+        }
     }
 }
 

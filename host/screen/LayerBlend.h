@@ -14,6 +14,7 @@ namespace screen {
 
 // `from`: premultiplied ARGB32; `to`: 32 bits a pixel, whose fourth byte does not count.
 void BlendRow(uint32_t* to, const uint32_t* from, int count);
+void BlendFlat(uint32_t* to, uint32_t from, int count);    // the same of one colour
 
 // The part of the layer inside `area`; both lie inside the output.
 void BlendLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect area);

@@ -32,7 +32,6 @@ Screen::Screen(std::unique_ptr<Display> display, bool stretch)
     : m_pDisplay(std::move(display))
     , m_Resolutions(m_pDisplay->Resolutions())
     , m_bStretch(stretch)
-    , m_NextPicture(Clock::time_point::max())
     , m_SourceGone(Clock::time_point::max())
 {
     Expose();
@@ -123,6 +122,12 @@ bool Screen::TakePicture(Clock::time_point& next)
     return changed;
 }
 
+// What lies above the picture then goes with the next one: shown at once, it would have this one converted again.
+bool Screen::IsPictureNear(Clock::time_point now, Clock::time_point next) const
+{
+    return m_Frame && now - m_PresentedAt < kPicturesCome && next - now < kNextPictureSoon;
+}
+
 Clock::time_point Screen::Turn()
 {
     if (!(m_pDisplay->Output().Dims() == m_Output)) {
@@ -139,7 +144,9 @@ Clock::time_point Screen::Turn()
     if (LayOut()) {
         changes.everything = true;
     }
-    if (changes.Any()) {
+    if (!picture && !changes.everything && IsPictureNear(asked, next)) {
+        m_Pending.overlay = changes.overlay;
+    } else if (changes.Any()) {
         ++m_nChange;
         if (!m_pDisplay->Output().Present(MakeScene(), changes)) {
             m_Pending.everything = true;    // with the next turn; the display is between two sizes

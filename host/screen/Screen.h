@@ -41,6 +41,7 @@ public:
 private:
     void FollowOutput();
     bool TakePicture(host::Clock::time_point& next);
+    bool IsPictureNear(host::Clock::time_point now, host::Clock::time_point next) const;
     bool LayOut();
     VideoGeometry LayOutOn(CascadeDims output) const;
     Scene MakeScene() const;
@@ -55,7 +56,6 @@ private:
     host::VideoPlacement m_Placement;
     VideoGeometry m_Geometry;
     Changes m_Pending;
-    host::Clock::time_point m_NextPicture;
     host::Clock::time_point m_PresentedAt {};    // the last picture
     host::Clock::time_point m_SourceGone;    // max(): there is one, or nothing is shown
     host::Clock::duration m_Lead {};    // from asking for a picture to its being seen

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/screen/Canvas.h"
+#include "host/screen/LayerRuns.h"
 #include "platform/CascadeWindow.h"
 
 namespace screen {
@@ -18,6 +19,9 @@ namespace screen {
 struct Layer {
     SurfacePtr pixels;
     CascadeRect box;    // on the output
+    // Kept by who blends it.
+    mutable bool blended = false;
+    mutable LayerRuns runs;
 };
 
 class WindowStack {

@@ -263,6 +263,40 @@ TEST_F(CompositorTest, APictureIsShownWhenItIsDue)
     EXPECT_GE(source.lastPresented, due - std::chrono::milliseconds(26));    // asked for early by what drawing takes
 }
 
+TEST_F(CompositorTest, AWindowThatChangesWaitsForAPictureThatIsNear)
+{
+    PlainSource source;
+    RecordingWindow window(app.log, "window");
+    window.onPaint = [](CascadeBitmap& bitmap) { bitmap.Fill(0x0000FFFF); };
+    window.Materialize();
+    const auto show = [&source](std::chrono::milliseconds later) {
+        ShowGreen(source);
+        source.DueAt(Clock::now() + later);
+    };
+    const auto presented = [&source](int count) { return [&source, count] { return source.presented == count; }; };
+    const auto number = [] { return host::Hooks().screenFeed(0)->number; };
+    show({});
+    ASSERT_TRUE(TurnUntil(presented(1)));
+    int count = 1;
+    uint64_t composed = 0;
+    for (int attempt = 0; attempt < 10 && composed != 1; ++attempt) {    // a busy machine may take too long between two pictures
+        show({});
+        ASSERT_TRUE(TurnUntil(presented(++count)));
+        const uint64_t before = number();
+        show(std::chrono::milliseconds(40));
+        window.Redraw();
+        ASSERT_TRUE(TurnUntil(presented(++count)));
+        composed = number() - before;
+    }
+    EXPECT_EQ(composed, 1U);    // both with one
+
+    const uint64_t before = number();
+    show(std::chrono::hours(1));
+    window.Redraw();
+    ASSERT_TRUE(TurnUntil([&] { return number() == before + 1; }));    // that one is not near
+    EXPECT_EQ(source.presented, count);
+}
+
 TEST_F(CompositorTest, PlacementIsFollowedWithoutANewPicture)
 {
     PlainSource source;

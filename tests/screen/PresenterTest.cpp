@@ -80,6 +80,35 @@ struct PresenterTest : ::testing::Test {
     Scene scene;
 };
 
+TEST_F(PresenterTest, StretchesOfOneColourAreLaidOverLikeAnyOthers)
+{
+    std::mt19937 random(5);
+    for (int round = 0; round < 300; ++round) {
+        const int width = 1 + int(random() % 300);
+        std::vector<uint32_t> from;
+        while (int(from.size()) < width) {
+            const uint32_t alpha = random() % 3 == 0 ? 0 : random() % 256;
+            const bool flat = random() % 2 == 0;
+            for (size_t end = std::min(size_t(width), from.size() + 1 + random() % 90); from.size() < end;) {
+                from.push_back(flat && !from.empty() ? from.back() : alpha << 24 | uint32_t(random() % (alpha + 1)));
+            }
+        }
+        LayerRuns runs;
+        runs.Find(reinterpret_cast<const uint8_t*>(from.data()), 0, {width, 2});
+        ASSERT_TRUE(runs.Found());
+        std::vector<uint32_t> to(size_t(width) + 8);
+        std::generate(to.begin(), to.end(), std::ref(random));
+        std::vector<uint32_t> expected = to;
+        const int left = int(random() % unsigned(width));
+        const int right = left + int(random() % unsigned(width - left + 1));
+        BlendRow(expected.data() + left, from.data() + left, right - left);
+        runs.BlendRow(to.data(), from.data(), round % 2, left, right);
+        for (size_t x = 0; x < to.size(); ++x) {
+            ASSERT_EQ(to[x] & 0xFFFFFF, expected[x] & 0xFFFFFF) << round << " " << x;
+        }
+    }
+}
+
 }    // namespace
 
 TEST_F(PresenterTest, ManySmallChangesEndAsOneLargeOne)
