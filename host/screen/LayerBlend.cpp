@@ -1,15 +1,11 @@
 #include "host/screen/LayerBlend.h"
 
-#include <algorithm>
-
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
 
 namespace screen {
 namespace {
-
-constexpr int kVector = 8;    // pixels
 
 // Porter and Duff's "over" for premultiplied colours; two channels at a time, each with a byte of room. A product
 // is divided by 255 with rounding.
@@ -43,7 +39,7 @@ __attribute__((target("avx2"))) int BlendEights(uint32_t* to, const uint32_t* fr
     const __m256i opaque = _mm256_set1_epi32(int(0xFF000000U));
     const __m256i alphas = _mm256_setr_epi8(3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15, 3, 3, 3, 3, 7, 7, 7, 7, 11, 11, 11, 11, 15, 15, 15, 15);
     int done = 0;
-    for (; done + kVector <= count; done += kVector) {
+    for (; done + kBlendVector <= count; done += kBlendVector) {
         const __m256i source = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + done));
         auto* const at = reinterpret_cast<__m256i*>(to + done);
         if (_mm256_testz_si256(source, source) != 0) {
@@ -65,7 +61,7 @@ __attribute__((target("avx2"))) int BlendFlatEights(uint32_t* to, uint32_t from,
     const __m256i source = _mm256_set1_epi32(int(from));
     const __m256i rest = _mm256_set1_epi16(short(255 - (from >> 24)));
     int done = 0;
-    for (; done + kVector <= count; done += kVector) {
+    for (; done + kBlendVector <= count; done += kBlendVector) {
         auto* const at = reinterpret_cast<__m256i*>(to + done);
         _mm256_storeu_si256(at, _mm256_add_epi8(source, Rest(_mm256_loadu_si256(at), rest, rest)));
     }
@@ -108,53 +104,6 @@ void BlendFlat(uint32_t* to, uint32_t from, int count)
     }
     for (int x = CanEights() ? BlendFlatEights(to, from, count) : 0; x < count; ++x) {
         to[x] = Over(from, to[x]);
-    }
-}
-
-void LayerRuns::Find(const uint8_t* pixels, std::ptrdiff_t stride, CascadeDims dims)
-{
-    m_Runs.clear();
-    m_RowEnds.clear();
-    for (int y = 0; y < dims.height; ++y) {
-        const auto* const row = reinterpret_cast<const uint32_t*>(pixels + y * stride);
-        int begin = 0;    // of what is not yet part of a run
-        for (int x = 0; x < dims.width;) {
-            const int same = x;
-            while (x < dims.width && row[x] == row[same]) {
-                ++x;
-            }
-            // Whole vectors on both sides, so that no pixel but the row's last ones is done alone.
-            const int flat = begin + (same - begin + kVector - 1) / kVector * kVector;
-            const int end = x == dims.width ? x : flat + std::max(x - flat, 0) / kVector * kVector;
-            if (end - flat >= kShortestFlat) {
-                if (flat > begin) {
-                    m_Runs.push_back({flat, false});
-                }
-                m_Runs.push_back({end, true});
-                begin = end;
-            }
-        }
-        if (begin < dims.width) {
-            m_Runs.push_back({dims.width, false});
-        }
-        m_RowEnds.push_back(m_Runs.size());
-    }
-}
-
-void LayerRuns::BlendRow(uint32_t* to, const uint32_t* from, int y, int left, int right) const
-{
-    int begin = 0;
-    for (size_t i = y == 0 ? 0 : m_RowEnds[size_t(y) - 1]; i < m_RowEnds[size_t(y)] && begin < right; begin = m_Runs[i++].end) {
-        const int first = std::max(begin, left);
-        const int count = std::min(m_Runs[i].end, right) - first;
-        if (count <= 0) {
-            continue;
-        }
-        if (m_Runs[i].flat) {
-            BlendFlat(to + first, from[first], count);
-        } else {
-            screen::BlendRow(to + first, from + first, count);
-        }
     }
 }
 

@@ -12,6 +12,8 @@
 
 namespace screen {
 
+constexpr int kBlendVector = 8;    // pixels that are blended at a time
+
 // `from`: premultiplied ARGB32; `to`: 32 bits a pixel, whose fourth byte does not count.
 void BlendRow(uint32_t* to, const uint32_t* from, int count);
 void BlendFlat(uint32_t* to, uint32_t from, int count);    // the same of one colour
