@@ -4,12 +4,11 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "bench/BenchFolder.h"
 #include "platform/CascadeStream.h"
 #include "playback/FileSettings.h"
 #include "sources/DVDISOStream.h"
@@ -26,8 +25,6 @@ constexpr int kMarks = 10000;
 struct Disc {
     Disc()
     {
-        char name[] = "/tmp/nuvid-bench-XXXXXX";
-        folder = mkdtemp(name) != nullptr ? name : "/tmp";
         InformationFileBuilder information;
         information.cells = {{1, 1, 0, 20000}, {1, 2, 20001, 40000}};
         information.chains = {{{{1, 1}, {1, 2}}, {0}, 0x014530}};
@@ -39,17 +36,15 @@ struct Disc {
         }
         const std::string bytes = image.Build();
         for (const char* file : {"/film.iso", "/film.mpg"}) {
-            std::ofstream(folder + file, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+            std::ofstream(BenchFolder() + file, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         }
     }
-    ~Disc() { std::filesystem::remove_all(folder); }
-    std::string folder;
 };
 
 CascadeString OnDisc(const char* name)
 {
-    static const Disc disc;
-    return (disc.folder + name).c_str();
+    [[maybe_unused]] static const Disc written;
+    return (BenchFolder() + name).c_str();
 }
 
 // From `start` to the end, again and again.
