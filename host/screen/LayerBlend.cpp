@@ -107,6 +107,16 @@ void BlendFlat(uint32_t* to, uint32_t from, int count)
     }
 }
 
+void PrepareLayer(const Layer& layer)
+{
+    cairo_surface_t* const surface = layer.pixels.get();
+    if (layer.prepared && !layer.runs.Found()) {
+        cairo_surface_flush(surface);
+        layer.runs.Find(cairo_image_surface_get_data(surface), cairo_image_surface_get_stride(surface), {layer.box.width, layer.box.height});
+    }
+    layer.prepared = true;
+}
+
 void BlendLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect area)
 {
     area.Intersect(layer.box);
@@ -114,11 +124,6 @@ void BlendLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect are
     cairo_surface_flush(surface);
     const unsigned char* const data = cairo_image_surface_get_data(surface);
     const std::ptrdiff_t dataStride = cairo_image_surface_get_stride(surface);
-    // One that is laid over a second picture is worth a closer look.
-    if (layer.blended && !layer.runs.Found()) {
-        layer.runs.Find(data, dataStride, {layer.box.width, layer.box.height});
-    }
-    layer.blended = true;
     const int left = area.left - layer.box.left;
     for (int y = area.top; y < area.Bottom(); ++y) {
         auto* const to = reinterpret_cast<uint32_t*>(pixels + std::ptrdiff_t(y) * stride) + layer.box.left;

@@ -18,6 +18,9 @@ constexpr int kBlendVector = 8;    // pixels that are blended at a time
 void BlendRow(uint32_t* to, const uint32_t* from, int count);
 void BlendFlat(uint32_t* to, uint32_t from, int count);    // the same of one colour
 
+// Before a new picture is drawn below it: one that lies above a second picture is worth a closer look.
+void PrepareLayer(const Layer& layer);
+
 // The part of the layer inside `area`; both lie inside the output.
 void BlendLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect area);
 

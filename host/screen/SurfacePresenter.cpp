@@ -1,5 +1,6 @@
 #include "host/screen/SurfacePresenter.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "host/screen/LayerBlend.h"
@@ -43,10 +44,13 @@ void Blacken(const SurfaceTarget::Pixels& pixels, const std::vector<CascadeRect>
     }
 }
 
-void BlendLayers(const SurfaceTarget::Pixels& pixels, const std::vector<const Layer*>& layers, const std::vector<CascadeRect>& damage)
+void BlendLayers(const SurfaceTarget::Pixels& pixels, const Scene& scene, const std::vector<CascadeRect>& areas)
 {
-    for (const Layer* const layer : layers) {
-        for (const CascadeRect& area : damage) {
+    if (scene.layers == nullptr) {
+        return;
+    }
+    for (const Layer* const layer : *scene.layers) {
+        for (const CascadeRect& area : areas) {
             BlendLayer(pixels.data, pixels.stride, *layer, area);
         }
     }
@@ -80,11 +84,14 @@ bool MemoryTarget::Lock(Pixels& pixels)
     return true;
 }
 
+// With what lies above it.
 bool SurfacePresenter::DrawPicture(const Scene& scene, const SurfaceTarget::Pixels& pixels)
 {
     const CascadeRect& to = scene.geometry.destination;
     uint8_t* const target = pixels.data + std::ptrdiff_t(to.top) * pixels.stride + std::ptrdiff_t(to.left) * 4;
-    return m_Scaler.Scale(*scene.frame, scene.geometry.source, target, pixels.stride, {to.width, to.height});
+    return m_Scaler.Scale(*scene.frame, scene.geometry.source, target, pixels.stride, {to.width, to.height}, [&](int top, int bottom) {
+        BlendLayers(pixels, scene, {{to.left, to.top + top, to.width, bottom - top}});
+    });
 }
 
 bool SurfacePresenter::Present(const Scene& scene, const Changes& changes)
@@ -110,17 +117,19 @@ bool SurfacePresenter::Present(const Scene& scene, const Changes& changes)
     // The picture is always drawn whole, so everything above it is due again.
     if (!picture.IsEmpty() && (changes.picture || !disturbed.IsEmpty())) {
         cairo_region_union_rectangle(damage.get(), &pictureBox);
+        if (changes.picture && scene.layers != nullptr) {
+            std::for_each(scene.layers->begin(), scene.layers->end(), [](const Layer* layer) { PrepareLayer(*layer); });
+        }
         if (DrawPicture(scene, pixels)) {
             cairo_region_subtract_rectangle(black.get(), &pictureBox);
         } else {
             cairo_region_union_rectangle(black.get(), &pictureBox);
         }
     }
-    Blacken(pixels, Rectangles(black));
+    const std::vector<CascadeRect> bare = Rectangles(black);
+    Blacken(pixels, bare);
+    BlendLayers(pixels, scene, bare);
     const std::vector<CascadeRect> areas = Rectangles(damage);
-    if (scene.layers != nullptr) {
-        BlendLayers(pixels, *scene.layers, areas);
-    }
     return areas.empty() || m_pTarget->Show(areas);
 }
 

@@ -1,5 +1,6 @@
 #include "host/screen/VideoScaler.h"
 
+#include <algorithm>
 #include <cstring>
 
 extern "C" {
@@ -15,6 +16,8 @@ namespace {
 constexpr int kAlignment = 64;
 constexpr int kDirectAlignment = 16;    // enough for them not to fall back to slow code
 constexpr int kVectorPixels = 16;
+constexpr int kSliceBytes = 256 << 10;
+constexpr int kLowestSlice = 16;    // rows of the source: each slice costs a little
 
 AVPixelFormat FormatOf(host::PixelFormat format)
 {
@@ -74,15 +77,35 @@ bool VideoScaler::Prepare(const host::VideoFrame& frame, CascadeDims from, Casca
     return true;
 }
 
-bool VideoScaler::Run(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* const planes[4], const int strides[4])
+bool VideoScaler::Run(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* const planes[4], const int strides[4], const OnRows& onRows)
 {
     const int shiftX = frame.format == host::PixelFormat::kYuv444 ? 0 : 1;
     const int shiftY = frame.format == host::PixelFormat::kYuv420 ? 1 : 0;
-    const auto chroma
-        = [&](int index) { return frame.plane[index] + std::ptrdiff_t(source.top >> shiftY) * frame.stride[index] + (source.left >> shiftX); };
-    const uint8_t* const from[4] = {frame.plane[0] + std::ptrdiff_t(source.top) * frame.stride[0] + source.left, chroma(1), chroma(2), nullptr};
     const int fromStrides[4] = {frame.stride[0], frame.stride[1], frame.stride[2], 0};
-    return sws_scale(m_pContext, from, fromStrides, 0, source.height, planes, strides) > 0;
+    const int sliceHeight = onRows ? SliceHeight(strides[0]) : source.height;
+    int written = 0;
+    for (int y = 0; y < source.height; y += sliceHeight) {
+        const auto chroma = [&](int index) {
+            return frame.plane[index] + std::ptrdiff_t((source.top + y) >> shiftY) * frame.stride[index] + (source.left >> shiftX);
+        };
+        const uint8_t* const from[4] = {frame.plane[0] + std::ptrdiff_t(source.top + y) * frame.stride[0] + source.left, chroma(1), chroma(2), nullptr};
+        const int rows = sws_scale(m_pContext, from, fromStrides, y, std::min(sliceHeight, source.height - y), planes, strides);
+        if (rows < 0) {
+            return false;
+        }
+        if (onRows && rows > 0) {
+            onRows(written, written + rows);
+        }
+        written += rows;
+    }
+    return written > 0;
+}
+
+// Rows of the source for so many of the target that they stay in the cache of one core.
+int VideoScaler::SliceHeight(int stride) const
+{
+    const int rows = std::max(kSliceBytes / stride, 1) * m_Task.from.height / m_Task.to.height;
+    return std::max(rows / 2 * 2, kLowestSlice);    // even, for the colour planes
 }
 
 bool VideoScaler::ReserveBounce(size_t bytes)
@@ -95,7 +118,8 @@ bool VideoScaler::ReserveBounce(size_t bytes)
     return m_nBounceBytes != 0;
 }
 
-bool VideoScaler::Scale(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* target, int stride, CascadeDims size)
+bool VideoScaler::Scale(
+    const host::VideoFrame& frame, const CascadeRect& source, uint8_t* target, int stride, CascadeDims size, const OnRows& onRows)
 {
     if (!frame || source.IsEmpty() || size.width <= 0 || size.height <= 0 || !Prepare(frame, {source.width, source.height}, size, false)) {
         return false;
@@ -105,7 +129,7 @@ bool VideoScaler::Scale(const host::VideoFrame& frame, const CascadeRect& source
     if (direct) {
         uint8_t* const planes[4] = {target, nullptr, nullptr, nullptr};
         const int strides[4] = {stride, 0, 0, 0};
-        return Run(frame, source, planes, strides);
+        return Run(frame, source, planes, strides, onRows);
     }
     const int bounceStride = (size.width * 4 + 2 * kAlignment - 1) / kAlignment * kAlignment;
     if (!ReserveBounce(size_t(bounceStride) * size_t(size.height) + kAlignment)) {
@@ -113,13 +137,14 @@ bool VideoScaler::Scale(const host::VideoFrame& frame, const CascadeRect& source
     }
     uint8_t* const planes[4] = {m_Bounce.get(), nullptr, nullptr, nullptr};
     const int strides[4] = {bounceStride, 0, 0, 0};
-    if (!Run(frame, source, planes, strides)) {
-        return false;
-    }
-    for (int y = 0; y < size.height; ++y) {
-        std::memcpy(target + std::ptrdiff_t(y) * stride, m_Bounce.get() + std::ptrdiff_t(y) * bounceStride, size_t(size.width) * 4);
-    }
-    return true;
+    return Run(frame, source, planes, strides, [&](int top, int bottom) {
+        for (int y = top; y < bottom; ++y) {
+            std::memcpy(target + std::ptrdiff_t(y) * stride, m_Bounce.get() + std::ptrdiff_t(y) * bounceStride, size_t(size.width) * 4);
+        }
+        if (onRows) {
+            onRows(top, bottom);
+        }
+    });
 }
 
 bool VideoScaler::ToLimited420(const host::VideoFrame& frame, uint8_t* const planes[3], const int strides[3])

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <functional>
 #include <memory>
 
 #include "host/base/VideoOutput.h"
@@ -22,7 +23,10 @@ public:
     VideoScaler(const VideoScaler&) = delete;
     VideoScaler& operator=(const VideoScaler&) = delete;
 
-    bool Scale(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* target, int stride, CascadeDims size);
+    // Rows of the target that have just been written, from `top` to before `bottom`: what is to be laid over them is
+    // done while the processor still holds them.
+    using OnRows = std::function<void(int top, int bottom)>;
+    bool Scale(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* target, int stride, CascadeDims size, const OnRows& onRows = {});
 
     // The same picture as 4:2:0 of limited range, for a renderer that takes nothing else. `planes` and `strides` are
     // the target's.
@@ -41,7 +45,8 @@ private:
         friend bool operator==(const Task&, const Task&) = default;
     };
     bool Prepare(const host::VideoFrame& frame, CascadeDims from, CascadeDims to, bool toYuv);
-    bool Run(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* const planes[4], const int strides[4]);
+    bool Run(const host::VideoFrame& frame, const CascadeRect& source, uint8_t* const planes[4], const int strides[4], const OnRows& onRows = {});
+    int SliceHeight(int stride) const;
     bool ReserveBounce(size_t bytes);
 
     struct FreeDeleter {

@@ -20,7 +20,7 @@ struct Layer {
     SurfacePtr pixels;
     CascadeRect box;    // on the output
     // Kept by who blends it.
-    mutable bool blended = false;
+    mutable bool prepared = false;
     mutable LayerRuns runs;
 };
 
