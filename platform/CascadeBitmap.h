@@ -30,6 +30,7 @@ public:
 
     // Everything drawn until the next SetOrigin is moved by this: a window paints in screen coordinates.
     void SetOrigin(CascadePoint origin);
+    CascadeRect GetBounds() const;    // what there is to draw on, moved likewise
 
     void Fill(CascadeColor color);                                     // replaces everything, alpha included
     void FillRect(const CascadeRect& rect, CascadeColor color);        // blends
@@ -51,6 +52,7 @@ public:
     CascadeColor GetPixel(int x, int y) const;
 
 private:
+    friend struct BitmapOverLayer;    // the host's: a bitmap on pixels that it keeps itself
     struct Impl;
     std::unique_ptr<Impl> m_pImpl;
 };

@@ -5,7 +5,8 @@
 // Keys:      a key goes to the window that has the focus: the four navigation keys as OnNavKey, every
 //            other one as OnKeyDown; what the window does not handle goes to the application.
 // Painting:  only after Materialize or Redraw, once per turn of the loop, into a bitmap of its own that is
-//            kept until the next painting. OnPaint draws in screen coordinates.
+//            kept until the next painting. OnPaint draws in screen coordinates. Where only a part is due the bitmap is
+//            as large as that (CascadeBitmap::GetBounds): OnPaint may draw everything, but saves what it leaves out.
 // Ownership: not owned by the platform; a window takes itself off the screen when it is destroyed. It may
 //            delete itself in OnVanish as its last act.
 #pragma once
@@ -47,6 +48,7 @@ public:
     const CascadeString& GetTitle() const { return m_Title; }
 
     void Redraw();
+    void Redraw(const CascadeRect& part);    // no more than that changed; several parts add up
     void TakeFocus();
     bool HasFocus() const;
 

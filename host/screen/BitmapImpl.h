@@ -23,3 +23,8 @@ struct CascadeBitmap::Impl {
     void Touch(const CascadeRect& rect);
     cairo_surface_t* Source(double deviceWidth) const;
 };
+
+struct BitmapOverLayer {
+    // Nothing is drawn on it yet; `pixels` outlive it.
+    static CascadeBitmap Make(screen::SurfacePtr pixels, CascadeDims dims);
+};

@@ -35,6 +35,16 @@ bool CascadeBitmap::Create(int width, int height)
     return true;
 }
 
+CascadeBitmap BitmapOverLayer::Make(SurfacePtr pixels, CascadeDims dims)
+{
+    CascadeBitmap bitmap;
+    bitmap.m_pImpl = std::make_unique<CascadeBitmap::Impl>();
+    bitmap.m_pImpl->surface = std::move(pixels);
+    bitmap.m_pImpl->dims = dims;
+    NoteTouchedArea(bitmap.m_pImpl->surface.get(), &bitmap.m_pImpl->touched);
+    return bitmap;
+}
+
 bool CascadeBitmap::CreateFromFile(const char* path)
 {
     Destroy();
@@ -80,6 +90,11 @@ void CascadeBitmap::SetOrigin(CascadePoint origin)
     if (!IsEmpty()) {
         m_pImpl->origin = origin;
     }
+}
+
+CascadeRect CascadeBitmap::GetBounds() const
+{
+    return IsEmpty() ? CascadeRect {} : CascadeRect {m_pImpl->origin.x, m_pImpl->origin.y, m_pImpl->dims.width, m_pImpl->dims.height};
 }
 
 CairoPtr CascadeBitmap::Impl::Begin()
@@ -151,6 +166,9 @@ void CascadeBitmap::StretchBlit(const CascadeRect& to, const CascadeBitmap& sour
     // Without this the edge pixels of a stretched picture fade into transparency.
     cairo_pattern_set_extend(cairo_get_source(cairo.get()), CAIRO_EXTEND_PAD);
     cairo_pattern_set_filter(cairo_get_source(cairo.get()), CAIRO_FILTER_GOOD);
+    if (m_pImpl->touched.IsEmpty()) {
+        cairo_set_operator(cairo.get(), CAIRO_OPERATOR_SOURCE);    // the same over nothing, and a mere copy where nothing is scaled
+    }
     cairo_paint(cairo.get());
     m_pImpl->Touch(to);
 }

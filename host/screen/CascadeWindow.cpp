@@ -51,6 +51,15 @@ void CascadeWindow::Redraw()
     }
 }
 
+void CascadeWindow::Redraw(const CascadeRect& part)
+{
+    if (host::IsUiThread()) {
+        WindowStack::Instance().Redraw(this, part);
+    } else {
+        WindowStack::Instance().RequestRedraw(this);
+    }
+}
+
 void CascadeWindow::TakeFocus()
 {
     WindowStack::Instance().SetFocus(this);

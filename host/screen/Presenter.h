@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/screen/Canvas.h"
+#include "host/screen/Damage.h"
 #include "host/screen/VideoGeometry.h"
 #include "host/screen/WindowStack.h"
 
@@ -24,7 +25,7 @@ struct Scene {
 struct Changes {
     bool everything = false;
     bool picture = false;
-    CascadeRect overlay;
+    Damage overlay;
     bool Any() const { return everything || picture || !overlay.IsEmpty(); }
 };
 

@@ -186,8 +186,7 @@ SurfacePtr Screen::Capture()
     if (!(m_pDisplay->Output().Dims() == m_Output)) {
         Expose();
     }
-    const CascadeRect painted = WindowStack::Instance().Paint(m_Output);
-    m_Pending.overlay.Unite(painted);
+    m_Pending.overlay.Unite(WindowStack::Instance().Paint(m_Output));
     return m_pDisplay->Output().Capture(MakeScene());
 }
 

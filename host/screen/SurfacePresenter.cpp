@@ -18,10 +18,14 @@ cairo_rectangle_int_t ToCairo(const CascadeRect& rect)
     return {rect.left, rect.top, rect.width, rect.height};
 }
 
-RegionPtr MakeRegion(const CascadeRect& rect)
+RegionPtr MakeRegion(const Damage& damage)
 {
-    const cairo_rectangle_int_t rectangle = ToCairo(rect);
-    return RegionPtr(rect.IsEmpty() ? cairo_region_create() : cairo_region_create_rectangle(&rectangle));
+    RegionPtr region(cairo_region_create());
+    for (const CascadeRect& rect : damage.Rects()) {
+        const cairo_rectangle_int_t rectangle = ToCairo(rect);
+        cairo_region_union_rectangle(region.get(), &rectangle);
+    }
+    return region;
 }
 
 std::vector<CascadeRect> Rectangles(const RegionPtr& region)
@@ -101,14 +105,14 @@ bool SurfacePresenter::Present(const Scene& scene, const Changes& changes)
         return false;
     }
     const CascadeRect whole {0, 0, pixels.dims.width, pixels.dims.height};
-    CascadeRect area = changes.everything || pixels.isNew ? whole : changes.overlay;
+    Damage area = changes.everything || pixels.isNew ? Damage(whole) : changes.overlay;
     area.Intersect(whole);
     CascadeRect picture = scene.frame != nullptr && *scene.frame && !scene.geometry.source.IsEmpty() ? scene.geometry.destination : CascadeRect {};
     picture.Intersect(whole);
     if (!(picture == scene.geometry.destination)) {
         picture = {};    // laid out for an output that has just changed its size
     }
-    CascadeRect disturbed = area;
+    Damage disturbed = area;
     disturbed.Intersect(picture);
 
     const RegionPtr damage = MakeRegion(area);

@@ -1,10 +1,10 @@
 #include "host/screen/WindowStack.h"
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
 
-#include "host/base/DiskCall.h"
 #include "host/base/UiQueue.h"
+#include "host/screen/WindowPaint.h"
 
 namespace screen {
 
@@ -100,6 +100,14 @@ void WindowStack::Redraw(CascadeWindow* window)
     }
 }
 
+void WindowStack::Redraw(CascadeWindow* window, const CascadeRect& part)
+{
+    if (Entry* const entry = Find(window)) {
+        entry->parts.Unite(part);
+        host::WakeUi();
+    }
+}
+
 void WindowStack::RequestRedraw(CascadeWindow* window)
 {
     // A loader asks from its own thread. By the time the work runs the window may be gone; then nothing is found.
@@ -113,28 +121,33 @@ void WindowStack::RedrawAll()
     }
 }
 
-CascadeRect WindowStack::Paint(CascadeDims output)
+Damage WindowStack::Paint(CascadeDims output)
 {
-    CascadeRect damage = m_Damage;
+    Damage damage = m_Damage;
     m_Damage = {};
     // By window, not by position: painting may put windows on the screen or take them off.
     std::vector<CascadeWindow*> asking;
     for (const auto& entry : m_Entries) {
-        if (entry->needsPaint) {
+        if (entry->needsPaint || !entry->parts.IsEmpty()) {
             asking.push_back(entry->window);
         }
     }
     for (CascadeWindow* const window : asking) {
-        Entry* const before = Find(window);
-        if (before == nullptr) {
+        Entry* const entry = Find(window);
+        if (entry == nullptr) {
             continue;
         }
-        before->needsPaint = false;    // a request made while painting counts for the next turn
-        Layer layer = PaintWindow(*window, output);
-        if (Entry* const entry = Find(window)) {
-            damage.Unite(entry->layer.box);
-            damage.Unite(layer.box);
-            entry->layer = std::move(layer);
+        const bool whole = entry->needsPaint;
+        const Damage parts = std::exchange(entry->parts, {});
+        entry->needsPaint = false;    // a request made while painting counts for the next turn
+        if (whole) {
+            damage.Unite(PaintWhole(*window, output));
+            continue;
+        }
+        for (const CascadeRect& part : parts.Rects()) {
+            if (Contains(window)) {
+                damage.Unite(PaintPart(*window, part, output));
+            }
         }
     }
     if (!asking.empty()) {
@@ -144,43 +157,43 @@ CascadeRect WindowStack::Paint(CascadeDims output)
     return damage;
 }
 
-Layer WindowStack::PaintWindow(CascadeWindow& window, CascadeDims output)
+// Answers where the output looks different.
+Damage WindowStack::PaintWhole(CascadeWindow& window, CascadeDims output)
 {
-    CascadeRect rect = window.GetRect();
-    CascadeBitmap bitmap;
-    if (rect.IsEmpty() || !bitmap.Create(rect.width, rect.height)) {
+    Layer layer = PaintOf(window, output);
+    Damage damage;
+    if (Entry* const entry = Find(&window)) {
+        damage.Unite(entry->layer.box);
+        damage.Unite(layer.box);
+        entry->layer = std::move(layer);
+    }
+    return damage;
+}
+
+Damage WindowStack::PaintPart(CascadeWindow& window, const CascadeRect& part, CascadeDims output)
+{
+    const WindowPart due = OnOutput(window, part, output);
+    if (due.box.IsEmpty()) {
         return {};
     }
-    bitmap.SetOrigin({rect.left, rect.top});
-    {
-        const host::NoTurnScope noTurn;    // a window that asks the disk while it paints is not painted inside that
-        window.OnPaint(bitmap);
+    const Entry* const entry = Find(&window);
+    CascadeRect kept = due.box;
+    kept.Intersect(entry->layer.box);
+    if (!(kept == due.box)) {
+        return PaintWhole(window, output);    // of the window only what showed anything was kept
     }
-    auto* const painted = static_cast<cairo_surface_t*>(bitmap.NativeSurface());
+    // Painting may take the window off the screen, and its layer with it.
+    Layer layer;
+    layer.pixels.reset(cairo_surface_reference(entry->layer.pixels.get()));
+    layer.box = entry->layer.box;
+    const CascadeRect area {due.box.left - layer.box.left, due.box.top - layer.box.top, due.box.width, due.box.height};
+    PaintInto(window, due.rect, layer.pixels.get(), area, ScaleFor(output));
+    Entry* const painted = Find(&window);
     if (painted == nullptr) {
         return {};
     }
-    const CascadeDims device = DeviceDims(painted);
-    const CascadeRect* const touched = TouchedArea(painted);
-    const CascadeRect visible = VisibleArea(painted, touched != nullptr ? *touched : CascadeRect {0, 0, device.width, device.height});
-    if (visible.IsEmpty()) {
-        return {};
-    }
-    const double scale = ScaleFor(output);
-    const CascadePoint origin = OriginOnOutput(output);
-    Layer layer;
-    layer.box = {origin.x + int(std::lround(rect.left * scale)) + visible.left, origin.y + int(std::lround(rect.top * scale)) + visible.top,
-        visible.width, visible.height};
-    layer.pixels = CreateSurface(visible.width, visible.height, 1);
-    if (layer.pixels == nullptr) {
-        return {};
-    }
-    const CairoPtr cairo(cairo_create(layer.pixels.get()));
-    cairo_surface_set_device_scale(painted, 1, 1);
-    cairo_set_operator(cairo.get(), CAIRO_OPERATOR_SOURCE);
-    cairo_set_source_surface(cairo.get(), painted, -visible.left, -visible.top);
-    cairo_paint(cairo.get());
-    return layer;
+    painted->layer = std::move(layer);    // as new: what was known of its pixels no longer holds
+    return due.box;
 }
 
 void WindowStack::CollectLayers()

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "host/screen/Canvas.h"
+#include "host/screen/Damage.h"
 #include "host/screen/LayerRuns.h"
 #include "platform/CascadeWindow.h"
 
@@ -33,6 +34,7 @@ public:
     bool Contains(const CascadeWindow* window) const { return Find(window) != nullptr; }
 
     void Redraw(CascadeWindow* window);
+    void Redraw(CascadeWindow* window, const CascadeRect& part);    // no more than that, in screen coordinates
     void RequestRedraw(CascadeWindow* window);    // any thread
     void RedrawAll();
 
@@ -42,7 +44,7 @@ public:
     bool IsMain(const CascadeWindow* window) const;
 
     // Paints what asked for it, and answers the part of the output that looks different now.
-    CascadeRect Paint(CascadeDims output);
+    Damage Paint(CascadeDims output);
     const std::vector<const Layer*>& Layers() const { return m_Layers; }    // lowest first
     std::vector<std::string> Titles() const;    // lowest first
 
@@ -53,16 +55,18 @@ private:
         unsigned long number = 0;    // ascending in the order of appearance
         unsigned long focusTurn = 0;    // when it had the focus last; 0: never
         bool needsPaint = true;
+        Damage parts;    // that need painting where the whole does not
         Layer layer;
     };
     Entry* Find(const CascadeWindow* window) const;    // null: not on screen
     CascadeWindow* Heir() const;
-    static Layer PaintWindow(CascadeWindow& window, CascadeDims output);
+    Damage PaintWhole(CascadeWindow& window, CascadeDims output);
+    Damage PaintPart(CascadeWindow& window, const CascadeRect& part, CascadeDims output);
     void CollectLayers();
 
     std::vector<std::unique_ptr<Entry>> m_Entries;    // lowest first
     std::vector<const Layer*> m_Layers;
-    CascadeRect m_Damage;    // of windows that left
+    Damage m_Damage;    // of windows that left
     CascadeWindow* m_pFocus = nullptr;
     unsigned long m_nNumber = 0;
 };

@@ -131,6 +131,11 @@ void CascadeBitmap::SetOrigin(CascadePoint origin)
     }
 }
 
+CascadeRect CascadeBitmap::GetBounds() const
+{
+    return m_pImpl ? CascadeRect {m_pImpl->origin.x, m_pImpl->origin.y, m_pImpl->dims.width, m_pImpl->dims.height} : CascadeRect {};
+}
+
 void CascadeBitmap::Fill(CascadeColor color)
 {
     if (m_pImpl) {

@@ -148,6 +148,11 @@ void CascadeWindow::Redraw()
     g_Asked.push_back(this);
 }
 
+void CascadeWindow::Redraw(const CascadeRect& /*part*/)
+{
+    Redraw();
+}
+
 void CascadeWindow::TakeFocus()
 {
     if (IsMaterialized()) {
