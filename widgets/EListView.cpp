@@ -95,25 +95,17 @@ void EListView::SetMessage(const char* text)
 
 bool EListView::SetSelectedIndex(int index, bool ensureVisible)
 {
-    LayOut();    // the rectangle may be new
-    const int top = m_Scroll.Top();
-    const bool moved = CursorMoved(m_Scroll.Select(index, ensureVisible));
-    if (top != m_Scroll.Top()) {
-        Redraw();
-    }
-    return moved;
+    return MoveCursor([&] { return m_Scroll.Select(index, ensureVisible); });
 }
 
 bool EListView::Move(int steps)
 {
-    LayOut();
-    return CursorMoved(m_Scroll.Move(steps));
+    return MoveCursor([&] { return m_Scroll.Move(steps); });
 }
 
 bool EListView::Page(int pages)
 {
-    LayOut();
-    return CursorMoved(m_Scroll.Page(pages));
+    return MoveCursor([&] { return m_Scroll.Page(pages); });
 }
 
 bool EListView::JumpTo(const char* prefix)
@@ -126,11 +118,21 @@ bool EListView::Step(int direction)
     return Move(m_Motion.Step(direction, GetItemCount(), CascadeTime::GetUptimeMilliseconds()));
 }
 
-bool EListView::CursorMoved(bool moved)
+// Where the rows stay, two of them look different: all of a large output again takes longer than a held key's interval.
+bool EListView::MoveCursor(const std::function<bool()>& move)
 {
+    LayOut();    // the rectangle may be new
+    const int top = m_Scroll.Top();
+    const int left = m_Scroll.Selected();
+    const bool moved = move();
+    if (top != m_Scroll.Top()) {
+        RedrawScrolled(top, left);
+    } else if (moved) {
+        Redraw(RowRect(left));
+        Redraw(RowRect(m_Scroll.Selected()));
+    }
     if (moved) {
         StopMarquee();
-        Redraw();
     }
     return moved;
 }
@@ -204,11 +206,11 @@ void EListView::OnTimer(unsigned long /*id*/)
     const int offset = m_Marquee.Offset(now);
     if (offset != m_nMarqueeShown) {
         m_nMarqueeShown = offset;
-        Redraw();
+        Redraw(RowRect(m_nMarqueeItem));
     }
     if (!m_Marquee.IsRunning(now)) {
         KillTimer(m_nMarqueeTimer);    // the item stays noted: it has had its rounds
         m_nMarqueeTimer = 0;
-        Redraw();
+        Redraw(RowRect(m_nMarqueeItem));
     }
 }

@@ -12,6 +12,7 @@
 // Painting:  moving the cursor asks for it; adding and changing items does not: the owner calls Redraw once.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -99,13 +100,21 @@ private:
     };
     CascadeRect RowsRect() const;    // where rows may stand, in screen coordinates
     void LayOut();
-    bool CursorMoved(bool moved);
+    bool MoveCursor(const std::function<bool()>& move);
+    void RedrawScrolled(int top, int selected);    // what both were before
+    void RedrawReplaced(int before, int now);
+    static CascadeRect InkOf(const char* text, const CascadeFont& font, const CascadeRect& box, const CascadeRect& row);
+    CascadeRect NameBox(int item, const CascadeRect& row) const;
+    CascadeRect RowRect(int item) const;    // empty where it does not stand on the screen
+    CascadeRect GrooveRect() const;    // of the scroll bar
     void StartMarquee(int item, int overflow);
     void StopMarquee();
     const Trimmed& TrimmedName(const char* name, int width);
     void PaintPanel(CascadeBitmap& bitmap);
     void PaintRow(CascadeBitmap& bitmap, int item, const CascadeRect& row);
-    int PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& row, bool focused) const;    // answers where the name must end
+    template <typename Visit>
+    int VisitColumns(int item, const CascadeRect& row, Visit visit) const;    // right to left; answers where the name must end
+    void PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& row, bool focused) const;
     void PaintName(CascadeBitmap& bitmap, int item, const CascadeRect& box, bool selected, bool focused);
     const CascadeBitmap* IconOf(int item);    // null: none yet
     void PaintMark(CascadeBitmap& bitmap, const CascadeRect& icon, bool focused) const;

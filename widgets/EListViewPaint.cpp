@@ -1,5 +1,7 @@
 // How the list is drawn: its panel, the rows on screen, the scroll bar.
 #include <algorithm>
+#include <array>
+#include <cstring>
 
 #include "platform/CascadeScreen.h"
 #include "widgets/EIconLoader.h"
@@ -11,6 +13,8 @@ namespace {
 
 constexpr int kNarrowestColumn = 20;    // a narrower one is hidden
 constexpr int kRowInset = 12;    // of what stands in a row
+constexpr int kInkBeside = 6;    // of a text beyond its extent
+constexpr int kInkAbove = 3;
 constexpr int kMessageSize = 28;
 constexpr int kMessageMargin = 24;
 constexpr int kBar = 6;    // width, in the padding at the right
@@ -32,6 +36,21 @@ CascadeRect EListView::RowsRect() const
     return rows;
 }
 
+CascadeRect EListView::RowRect(int item) const
+{
+    const CascadeRect rows = RowsRect();
+    const int height = rows.height / m_Scroll.PageRows();
+    const int place = item - m_Scroll.Top();
+    return place >= 0 && place < m_Scroll.PageRows() && item < GetItemCount() ? CascadeRect {rows.left, rows.top + place * height, rows.width, height}
+                                                                             : CascadeRect {};
+}
+
+CascadeRect EListView::GrooveRect() const
+{
+    const CascadeRect rows = RowsRect();
+    return {GetRect().Right() - kBarInset - kBar, rows.top + kListPadding / 2, kBar, rows.height - kListPadding};
+}
+
 // Drawn once and kept: a large gradient costs more than all rows.
 void EListView::PaintPanel(CascadeBitmap& bitmap)
 {
@@ -50,14 +69,18 @@ void EListView::OnPaint(CascadeBitmap& bitmap)
     LayOut();
     PaintPanel(bitmap);
     const CascadeRect rows = RowsRect();
-    const int height = rows.height / m_Scroll.PageRows();
-    CascadeRect row = {rows.left, rows.top, rows.width, height};
     const int end = std::min(m_Scroll.Top() + m_Scroll.PageRows(), GetItemCount());
+    int bottom = rows.top;
     for (int item = m_Scroll.Top(); item < end; ++item) {
-        PaintRow(bitmap, item, row);
-        row.top += height;
+        const CascadeRect row = RowRect(item);
+        CascadeRect due = row;
+        due.Intersect(bitmap.GetBounds());
+        if (!due.IsEmpty()) {
+            PaintRow(bitmap, item, row);
+        }
+        bottom = row.Bottom();
     }
-    PaintMessage(bitmap, {rows.left, row.top, rows.width, rows.Bottom() - row.top});
+    PaintMessage(bitmap, {rows.left, bottom, rows.width, rows.Bottom() - bottom});
     PaintScrollBar(bitmap);
     if (m_bIcons) {
         m_pIcons->LoadWanted();
@@ -82,9 +105,8 @@ void EListView::PaintRow(CascadeBitmap& bitmap, int item, const CascadeRect& row
     if (m_Items.GetMark(item)) {
         PaintMark(bitmap, icon, focused);
     }
-    const int left = icon.Right() + look.gap;
-    const int right = PaintColumns(bitmap, item, row, focused);
-    PaintName(bitmap, item, {left, row.top, right - left, row.height}, selected, focused);
+    PaintColumns(bitmap, item, row, focused);
+    PaintName(bitmap, item, NameBox(item, row), selected, focused);
 }
 
 // Where rows are high enough, the picture of the recording itself; until it is there, and without one, the icon.
@@ -110,7 +132,8 @@ void EListView::PaintMark(CascadeBitmap& bitmap, const CascadeRect& icon, bool f
     bitmap.FillRoundedRect(dot, size / 2, focused ? m_Palette.onAccent : m_Palette.accent);
 }
 
-int EListView::PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& row, bool focused) const
+template <typename Visit>
+int EListView::VisitColumns(int item, const CascadeRect& row, Visit visit) const
 {
     const int gap = kListLooks[m_nMode].gap;
     int right = row.Right() - kRowInset;
@@ -123,12 +146,73 @@ int EListView::PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& 
         // A figure is never shortened: the name gives way.
         const CascadeDims extent = *text == '\0' ? CascadeDims {} : m_QuietFont.GetTextExtent(text);
         if (extent.width > 0) {
-            const CascadePoint at = {right - extent.width, row.top + (row.height - extent.height) / 2};
-            bitmap.TextOut(at, text, m_QuietFont, focused ? m_Palette.onAccent : m_Palette.quiet);
+            visit(text, CascadeRect {right - extent.width, row.top + (row.height - extent.height) / 2, extent.width, extent.height});
         }
         right -= std::max(width, extent.width) + gap;
     }
     return right;
+}
+
+void EListView::PaintColumns(CascadeBitmap& bitmap, int item, const CascadeRect& row, bool focused) const
+{
+    VisitColumns(item, row, [&](const char* text, const CascadeRect& box) {
+        bitmap.TextOut({box.left, box.top}, text, m_QuietFont, focused ? m_Palette.onAccent : m_Palette.quiet);
+    });
+}
+
+CascadeRect EListView::NameBox(int item, const CascadeRect& row) const
+{
+    const ListLook& look = kListLooks[m_nMode];
+    const int left = row.left + kRowInset + look.icon + look.gap;
+    return {left, row.top, VisitColumns(item, row, [](const char*, const CascadeRect&) {}) - left, row.height};
+}
+
+// Where a text's ink may be. Signs of other scripts reach beyond the line of the font that was asked for.
+CascadeRect EListView::InkOf(const char* text, const CascadeFont& font, const CascadeRect& box, const CascadeRect& row)
+{
+    const bool plain = std::none_of(text, text + std::strlen(text), [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+    const int height = plain ? std::min(row.height, EUtils::GetLineHeight(font) + 2 * kInkAbove) : row.height;
+    return {box.left - kInkBeside, row.top + (row.height - height) / 2, box.width + 2 * kInkBeside, height};
+}
+
+// Of rows without the cursor only texts and pictures differ, the ground stays.
+void EListView::RedrawScrolled(int top, int selected)
+{
+    Redraw(GrooveRect());
+    const int end = std::min(m_Scroll.Top() + m_Scroll.PageRows(), GetItemCount());
+    for (int now = m_Scroll.Top(); now < end; ++now) {
+        const int before = top + now - m_Scroll.Top();
+        if (before >= GetItemCount() || before == selected || now == m_Scroll.Selected() || m_nMode == kExtraLarge) {
+            Redraw(RowRect(now));
+        } else {
+            RedrawReplaced(before, now);
+        }
+    }
+}
+
+void EListView::RedrawReplaced(int before, int now)
+{
+    const CascadeRect row = RowRect(now);
+    CascadeRect name;
+    CascadeRect columns;
+    std::array<CascadeString, 2> texts;    // of the columns
+    for (const int item : {before, now}) {
+        CascadeRect box = NameBox(item, row);
+        box.width = std::min(box.width, TrimmedName(m_Items.GetText(item, 0), box.width).wholeWidth);
+        name.Unite(InkOf(m_Items.GetText(item, 0), m_Font, box, row));
+        VisitColumns(item, row, [&](const char* text, const CascadeRect& at) {
+            columns.Unite(InkOf(text, m_QuietFont, at, row));
+            texts[item == now ? 1 : 0] += CascadeString(text) + "\t";
+        });
+    }
+    Redraw(name);
+    if (!(texts[0] == texts[1])) {
+        Redraw(columns);
+    }
+    const auto mode = static_cast<size_t>(m_nMode);
+    if (m_Items.GetMark(before) != m_Items.GetMark(now) || std::strcmp(m_Items.GetIcons(before)[mode], m_Items.GetIcons(now)[mode]) != 0) {
+        Redraw({row.left, row.top, name.left - row.left, row.height});
+    }
 }
 
 const EListView::Trimmed& EListView::TrimmedName(const char* name, int width)
@@ -178,8 +262,7 @@ void EListView::PaintMessage(CascadeBitmap& bitmap, const CascadeRect& room) con
 
 void EListView::PaintScrollBar(CascadeBitmap& bitmap) const
 {
-    const CascadeRect rows = RowsRect();
-    const CascadeRect groove = {GetRect().Right() - kBarInset - kBar, rows.top + kListPadding / 2, kBar, rows.height - kListPadding};
+    const CascadeRect groove = GrooveRect();
     const ListScroll::Thumb thumb = m_Scroll.ThumbIn(groove.height, kShortestThumb);
     if (thumb.length > 0) {
         bitmap.FillRoundedRect(groove, kBar / 2, m_Palette.key);
