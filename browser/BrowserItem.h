@@ -1,4 +1,4 @@
-// What the browser knows of an item beside what the list shows, and of the folder on the screen.
+// What the browser knows of an item beside what the list shows, and how a folder is shown.
 //
 // Units:     sizes are bytes.
 // Threads:   values.
@@ -18,8 +18,7 @@ struct BrowserItemFacts {
 
 // Kept for the folder that is listed, so that one which does not answer can be left for it.
 struct BrowserPlace {
-    CascadeString folder;    // ends in "/"
-    CascadeString previous;    // shown before it
+    CascadeString previous;    // the folder shown before it
     CascadeString pattern;
     int filter = 0;    // EFileBrowser::FilterType
     int iconMode = 0;    // EFileBrowser::IconMode

@@ -18,6 +18,9 @@ inline constexpr CascadeRect kPosition {1032, 654, 200, 36};
 inline constexpr int kDetailPadding = 22;
 inline constexpr CascadeRect kPicture {kDetail.left + kDetailPadding, kDetail.top + kDetailPadding, kDetail.width - 2 * kDetailPadding, 196};    // 16:9
 
+inline constexpr CascadeRect kDescription {kPicture.left, kPicture.top + kPicture.height + 70, kPicture.width, 222};    // below a heading and a fact
+inline constexpr int kFolderDescription = 200;    // height at most
+
 inline constexpr int kTitleSize = 34;
 inline constexpr int kPathSize = 24;
 inline constexpr int kHintSize = 20;

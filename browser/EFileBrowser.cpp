@@ -24,6 +24,8 @@ bool IsHttp(const CascadeString& path)
 
 }    // namespace
 
+CascadeString m_curPath;
+
 EFileBrowser::EFileBrowser(FolderReader reader)
     : m_Reader(std::move(reader))
 {
@@ -112,7 +114,7 @@ bool EFileBrowser::BrowseDirectory(const char* title, const char* startFolder, c
     m_BrowseRoot = WithSlash(browseRoot);
     m_TopFolder = WithSlash(topFolder);
     m_StartFolder = startFolder;
-    m_Place.folder = m_StartFolder;
+    m_curPath = m_StartFolder;
     m_Selectable = selectable;
     m_nDefaultFilter = m_Place.filter = filter;
     m_pCallback = callback;
@@ -124,9 +126,9 @@ bool EFileBrowser::BrowseDirectory(const char* title, const char* startFolder, c
     if (const auto location = ServerLocation::Parse(m_StartFolder)) {
         m_Server = *location;
         m_PendingDevice = location->uuid;
-        m_Place.folder = m_TopFolder;
+        m_curPath = m_TopFolder;
     }
-    m_Place.folder = WithSlash(m_Place.folder);
+    m_curPath = WithSlash(m_curPath);
     SetRect(BrowserLayout::kScreen);
     Materialize(kPlane2);
     return true;
@@ -162,11 +164,11 @@ void EFileBrowser::OnMaterialize()
         const CascadeString parent = WithSlash(CascadeFSObject(m_PendingSelection).GetParentPath());
         // The top folder itself may be what is to be selected; it is never left upwards.
         if (parent.Str().starts_with(m_TopFolder.Str())) {
-            m_Place.folder = parent;
+            m_curPath = parent;
         }
     }
-    const CascadeString first = m_Place.folder;
-    m_Place.folder.Empty();
+    const CascadeString first = m_curPath;
+    m_curPath.Empty();
     SetCurrentFolder(first);
 }
 

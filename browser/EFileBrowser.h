@@ -39,6 +39,10 @@
 #include "widgets/EPalette.h"
 #include "widgets/EWaitWindow.h"
 
+// The folder on the screen, or the one being entered: ends in "/", empty until there was one. One for the whole program,
+// as there is one screen. The user-interface thread's: work in the background gets a copy.
+extern CascadeString m_curPath;
+
 class EFileBrowser : public CascadeWindow,
                      public CascadeTimer,
                      public CascadeUPnP,
@@ -98,6 +102,10 @@ public:
     // folder that holds `VIDEO_TS`; empty when there is none. With a `minSize` and a list, each title set
     // larger than `minSize` is appended to the list, whose owner deletes the records. Blocks on the disk.
     static CascadeString GetDVDFeatureVTS(const char* path, unsigned long long minSize, CascadeTemplateArray<FileInfo*>* list);
+
+    // What an information file tells, as much as fits the width of the box and the height given, which may be less than
+    // its own. Measures texts, so a long one takes its time: for any thread.
+    static CascadeString GetAssociatedDescription(const EInfoFile& info, int height, const CascadeRect& box);
 
     void OnMaterialize() override;
     void OnVanish() override;
@@ -235,9 +243,10 @@ private:
 
     // Where the browser is.
     Phase m_Phase = Phase::kClosed;
-    Place m_Place;    // being entered, or listed
+    Place m_Place;    // how m_curPath is shown
     std::optional<Place> m_Listed;    // what the list shows
-    FolderConfig m_Config;    // of m_Place
+    CascadeString m_ListedFolder;
+    FolderConfig m_Config;    // of m_curPath
     EInfoFile m_FolderInfo;    // of what the list shows
     std::vector<ItemFacts> m_Facts;    // by item
     CascadeString m_PendingSelection;    // tag to select after the next listing

@@ -24,7 +24,7 @@ void EFileBrowser::GoUp()
     if (IsAtTop()) {
         return;
     }
-    const CascadeString parent = CascadeFSObject(m_Place.folder).GetParentPath();
+    const CascadeString parent = CascadeFSObject(m_curPath).GetParentPath();
     if (!parent.IsEmpty()) {
         SetCurrentFolder(parent);
     }

@@ -1,4 +1,5 @@
 // The detail pane, the timers and the work in the background.
+#include <algorithm>
 #include <ctime>
 
 #include "browser/BrowserLayout.h"
@@ -233,6 +234,13 @@ void EFileBrowser::ShowDetail(const ItemDetail& detail)
     m_Detail.Show(content);
 }
 
+CascadeString EFileBrowser::GetAssociatedDescription(const EInfoFile& info, int height, const CascadeRect& box)
+{
+    CascadeString text = info.description;
+    EUtils::TrimWrappedText(text, CascadeFont("system", BrowserLayout::kTextSize), {box.left, box.top, box.width, std::min(height, box.height)});
+    return text;
+}
+
 // For "..", and until the cursor has come to rest: the folder itself.
 void EFileBrowser::ShowParentDetail()
 {
@@ -241,7 +249,7 @@ void EFileBrowser::ShowParentDetail()
         return;
     }
     BrowserDetail::Content content;
-    content.heading = m_FolderInfo.title.IsEmpty() ? CascadeFSObject(m_Place.folder).GetName() : Titled(m_FolderInfo);
+    content.heading = m_FolderInfo.title.IsEmpty() ? CascadeFSObject(m_curPath).GetName() : Titled(m_FolderInfo);
     AddInfo(content, m_FolderInfo);
     content.isFolder = true;
     m_Detail.Show(content);

@@ -59,7 +59,7 @@ const char* EFileBrowser::FilterLabel() const
 // From the top folder down; the whole path for a folder outside of it.
 CascadeString EFileBrowser::PathText() const
 {
-    const std::string& folder = m_Place.folder.Str();
+    const std::string& folder = m_curPath.Str();
     std::string text;
     if (IsInServer()) {
         for (const ServerLocation::Crumb& crumb : m_Server.crumbs) {

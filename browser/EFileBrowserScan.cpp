@@ -35,7 +35,7 @@ CascadeString WithoutSlash(const CascadeString& folder)
 
 bool EFileBrowser::IsAtTop() const
 {
-    return m_Place.folder == "/" || m_Place.folder == m_TopFolder;
+    return m_curPath == "/" || m_curPath == m_TopFolder;
 }
 
 void EFileBrowser::SetCurrentFolder(const char* path)
@@ -44,10 +44,10 @@ void EFileBrowser::SetCurrentFolder(const char* path)
     LeaveServer();
     AbandonJobs();
     HideWait();
-    m_Place.previous = m_Place.folder;
-    m_Place.folder = given.IsEmpty() || given.Compare("http://", false, false, 7) == 0 ? CascadeString("/") : given;
-    if (m_Place.folder.Right(1) != "/") {
-        m_Place.folder += '/';
+    m_Place.previous = m_curPath;
+    m_curPath = given.IsEmpty() || given.Compare("http://", false, false, 7) == 0 ? CascadeString("/") : given;
+    if (m_curPath.Right(1) != "/") {
+        m_curPath += '/';
     }
     m_Place.pattern.Empty();
     m_Place.filter = m_nDefaultFilter;
@@ -58,7 +58,7 @@ void EFileBrowser::SetCurrentFolder(const char* path)
     m_Phase = Phase::kOpening;
     StartCountdown(m_nPatience, kPatienceTicks);
     Redraw();
-    if (m_ConfigJob.Start([folder = m_Place.folder](const JobStop&) { return FolderConfig::Read(folder); })) {
+    if (m_ConfigJob.Start([folder = m_curPath](const JobStop&) { return FolderConfig::Read(folder); })) {
         WatchJobs();
     } else {
         OnConfigRead({});
@@ -85,7 +85,7 @@ void EFileBrowser::RescanFolder()
 {
     if (!m_bScanPhase) {
         const bool named = KindOf(Selected()) == ItemKind::kFolder || KindOf(Selected()) == ItemKind::kFile;
-        if (named && m_PendingSelection.IsEmpty() && m_PendingDevice.IsEmpty() && m_Listed && m_Listed->folder == m_Place.folder) {
+        if (named && m_PendingSelection.IsEmpty() && m_PendingDevice.IsEmpty() && m_Listed && m_ListedFolder == m_curPath) {
             m_PendingSelection = m_List.GetTag(Selected());    // read again, not entered: the cursor stays
         }
         AbandonJobs();
@@ -101,13 +101,18 @@ void EFileBrowser::RescanFolder()
 void EFileBrowser::StartScan()
 {
     FolderScanRequest request;
-    request.folder = m_Place.folder;
+    request.folder = m_curPath;
     request.filter = m_Place.filter;
     request.minSize = m_nMinFileSize;
     request.pattern = m_Place.pattern;
     request.selectable = m_Selectable;
     m_Phase = Phase::kScanning;
-    if (m_ScanJob.Start([reader = m_Reader, request](const JobStop& stop) { return reader(request, stop); })) {
+    const auto read = [reader = m_Reader, request](const JobStop& stop) {
+        FolderListing listing = reader(request, stop);
+        listing.info.description = GetAssociatedDescription(listing.info, BrowserLayout::kFolderDescription, BrowserLayout::kDescription);
+        return listing;
+    };
+    if (m_ScanJob.Start(read)) {
         WatchJobs();
         return;
     }
@@ -126,6 +131,7 @@ void EFileBrowser::OnListing(FolderListing& listing)
     m_FolderInfo = std::move(listing.info);
     FillList(listing);
     m_Listed = m_Place;
+    m_ListedFolder = m_curPath;
     if (m_List.GetItemCount() > 0) {
         m_List.SetSelectedIndex(ChooseCursor(), true);
         StartCountdown(m_nDetailCountdown, kDetailTicks);
@@ -190,7 +196,7 @@ int EFileBrowser::AddItem(const char* name, const char* tag, const ItemFacts& fa
 void EFileBrowser::AddLeadingItems()
 {
     if (!IsAtTop()) {
-        const CascadeString parent = CascadeFSObject(m_Place.folder).GetParentPath();
+        const CascadeString parent = CascadeFSObject(m_curPath).GetParentPath();
         if (!parent.IsEmpty()) {
             AddItem("..", parent, {0, 1, ItemKind::kParent});
         }
@@ -206,7 +212,7 @@ void EFileBrowser::AddEntry(const FolderEntry& entry)
         m_List.SetText(item, m_List.GetColumn("UUID"), entry.extra);
         return;
     }
-    const CascadeString path = m_Place.folder + entry.name;
+    const CascadeString path = m_curPath + entry.name;
     if (entry.kind == FolderEntry::kFolder) {
         AddItem(entry.name, path, {0, 1, ItemKind::kFolder});
         return;
@@ -214,7 +220,7 @@ void EFileBrowser::AddEntry(const FolderEntry& entry)
     const int item = AddItem(entry.name, path, {entry.totalSize, entry.parts, ItemKind::kFile});
     m_List.SetText(item, m_List.GetColumn("Size"), EUtils::GetFileSizeKBString(entry.size));
     if (!entry.extra.IsEmpty()) {
-        m_List.SetThumbnail(item, m_Place.folder + entry.extra);
+        m_List.SetThumbnail(item, m_curPath + entry.extra);
     }
     if (entry.hasSideFile) {
         m_List.SetMark(item, true);
@@ -256,9 +262,9 @@ int EFileBrowser::ChooseCursor()
         found = m_List.FindText(m_List.GetColumn("UUID"), m_PendingDevice);
         m_AwaitedDevice = found < 0 ? m_PendingDevice : CascadeString();
         m_PendingDevice.Empty();
-    } else if (m_Place.folder.GetLength() < m_Place.previous.GetLength()) {
+    } else if (m_curPath.GetLength() < m_Place.previous.GetLength()) {
         found = m_List.FindTag(WithoutSlash(m_Place.previous));
-        m_Place.previous = m_Place.folder;
+        m_Place.previous = m_curPath;
     }
     return std::max(found, 0);
 }
@@ -270,6 +276,7 @@ void EFileBrowser::ShowTextLine(const char* text)
     AddItem(text, "", {0, 1, ItemKind::kText});
     m_List.SetSelectedIndex(0, true);
     m_Listed = m_Place;
+    m_ListedFolder = m_curPath;
     m_FolderInfo = EInfoFile();
     m_Phase = Phase::kListed;
     ShowParentDetail();
@@ -290,9 +297,10 @@ void EFileBrowser::LeaveWait()
     m_PendingSelection.Empty();
     if (m_Listed) {
         m_Place = *m_Listed;
+        m_curPath = m_ListedFolder;
         m_Phase = Phase::kListed;
         Redraw();
-    } else if (m_Place.folder != m_TopFolder) {
+    } else if (m_curPath != m_TopFolder) {
         m_PendingDevice.Empty();
         SetCurrentFolder(m_TopFolder);
     } else {
@@ -302,8 +310,8 @@ void EFileBrowser::LeaveWait()
 
 void EFileBrowser::CatalogDevices(const FolderListing& listing)
 {
-    const bool start = m_Place.folder == m_StartFolder || m_Place.folder == m_StartFolder + "/";
-    if (!listing.holdsDevices && (m_Place.folder == m_TopFolder || start)) {
+    const bool start = m_curPath == m_StartFolder || m_curPath == m_StartFolder + "/";
+    if (!listing.holdsDevices && (m_curPath == m_TopFolder || start)) {
         std::printf("should be cataloging...\n");
         CascadeMediaServers::Watch(MountListCallback, this);
     }
@@ -314,7 +322,7 @@ void EFileBrowser::FinishWithItem(CallbackReason reason, int item)
     FileInfo result;
     const ItemKind kind = KindOf(item);
     const bool named = kind == ItemKind::kFolder || kind == ItemKind::kFile;
-    result.path = named ? CascadeString(m_List.GetTag(item)) : m_Place.folder + "..";
+    result.path = named ? CascadeString(m_List.GetTag(item)) : m_curPath + "..";
     result.location = result.path;
     g_LastItem = {result.path, item};
     Finish(reason, result);

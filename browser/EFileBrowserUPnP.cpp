@@ -65,7 +65,7 @@ void EFileBrowser::GoUpInServer()
     const CascadeString uuid = m_Server.uuid;
     LeaveServer();
     m_PendingDevice = uuid;
-    SetCurrentFolder(m_Place.folder);
+    SetCurrentFolder(m_curPath);
 }
 
 // Also the end of looking for servers. An answer that is still on its way is not taken.
@@ -131,7 +131,7 @@ void EFileBrowser::FillServerList(AVObjectArray& objects)
     m_Facts.clear();
     m_Facts.reserve(objects.GetSize() + 1);
     const bool root = m_Server.crumbs.size() == 1;
-    const int parent = AddItem("..", root ? m_Place.folder : m_Server.crumbs.back().id, {0, 1, ItemKind::kParent});
+    const int parent = AddItem("..", root ? m_curPath : m_Server.crumbs.back().id, {0, 1, ItemKind::kParent});
     if (!root) {
         m_List.SetText(parent, m_List.GetColumn("UUID"), m_Server.uuid);
     }

@@ -291,6 +291,25 @@ TEST_F(DVDChoice, ItsFolderCanStillBeLookedInto)
     EXPECT_THAT(Names(), ElementsAre("..", "VIDEO_TS"));
 }
 
+TEST_F(EFileBrowserTest, AFolderIsDescribedAsFarAsThereIsRoom)
+{
+    Make("films");
+    std::string story = "It begins.";
+    while (story.size() < 4000) {
+        story += " It goes on and on.";
+    }
+    m_Folder.Write("films/folder.nfo", "summary=" + story + " It ends.\n");
+    OpenAndList("films/");
+    EXPECT_EQ((m_Folder / "films/"), m_curPath.Str());
+    EXPECT_THAT(Painted("Browser detail"), HasSubstr("It begins."));
+    EXPECT_THAT(Painted("Browser detail"), HasSubstr("..."));
+    EInfoFile info;
+    info.description = "one\ntwo\nthree\nfour\nfive";
+    const CascadeRect box {0, 0, 300, 100};
+    EXPECT_EQ(info.description, EFileBrowser::GetAssociatedDescription(info, 1000, {0, 0, 300, 1000}));
+    EXPECT_LT(EFileBrowser::GetAssociatedDescription(info, 60, box).GetLength(), EFileBrowser::GetAssociatedDescription(info, 1000, box).GetLength());
+}
+
 TEST_F(EFileBrowserTest, InfoPlaysDeletesOrLeaves)
 {
     m_Folder.Write("film.mpg", "x");
