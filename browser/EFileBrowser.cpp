@@ -48,7 +48,7 @@ EFileBrowser::~EFileBrowser()
 
 void EFileBrowser::SetGraphicsPath(const char* themeFolder)
 {
-    m_GraphicsPath = themeFolder;
+    m_Set.graphicsPath = themeFolder;
     m_Palette = EPalette::Load(themeFolder);
     m_List.SetGraphicsPath(themeFolder);
     m_Detail.SetGraphicsPath(themeFolder);
@@ -61,8 +61,8 @@ void EFileBrowser::SetGraphicsPath(const char* themeFolder)
 
 void EFileBrowser::SetIconGraphicsPath(const char* commonFolder)
 {
-    m_IconPath = commonFolder;
-    m_Detail.SetFolderPicture(m_IconPath + "folder-extralarge.png");
+    m_Set.iconPath = commonFolder;
+    m_Detail.SetFolderPicture(m_Set.iconPath + "folder-extralarge.png");
 }
 
 void EFileBrowser::SetDefaultThumbnail(const char* path)
@@ -72,61 +72,61 @@ void EFileBrowser::SetDefaultThumbnail(const char* path)
 
 void EFileBrowser::SetDeletionAllowed(bool allowed)
 {
-    m_bDeletion = allowed;
+    m_Set.deletion = allowed;
     m_InfoWindow.SetDeletionAllowed(allowed);
 }
 
 void EFileBrowser::SetHideSize(bool hide)
 {
-    m_bHideSize = hide;
+    m_Set.hideSize = hide;
 }
 
 void EFileBrowser::SetMinFileSize(uint32_t bytes)
 {
-    m_nMinFileSize = bytes;
+    m_Set.minFileSize = bytes;
 }
 
 void EFileBrowser::SetTitleSetThreshold(uint32_t bytes)
 {
-    m_nTitleSetThreshold = bytes;
+    m_Set.titleSetThreshold = bytes;
 }
 
 void EFileBrowser::SetIconMode(int mode)
 {
-    m_nDefaultIconMode = mode;
+    m_Set.iconMode = mode;
     m_Place.iconMode = mode;
 }
 
 void EFileBrowser::SetBackEntry(bool show)
 {
-    m_bBackEntry = show;
+    m_Set.backEntry = show;
 }
 
 void EFileBrowser::SetFilterLabel(const char* label)
 {
-    m_GivenFilterLabel = label;
+    m_Set.filterLabel = label;
 }
 
 bool EFileBrowser::BrowseDirectory(const char* title, const char* startFolder, const char* topFolder, const char* browseRoot, FilterType filter,
     CascadeDirBrowser::SelectableObjectType selectable, Callback callback, void* context)
 {
-    m_BrowseTitle = title;
-    m_BrowseRoot = WithSlash(browseRoot);
-    m_TopFolder = WithSlash(topFolder);
-    m_StartFolder = startFolder;
-    m_curPath = m_StartFolder;
-    m_Selectable = selectable;
-    m_nDefaultFilter = m_Place.filter = filter;
-    m_pCallback = callback;
-    m_pContext = context;
+    m_Set.title = title;
+    m_Set.browseRoot = WithSlash(browseRoot);
+    m_Set.topFolder = WithSlash(topFolder);
+    m_Set.startFolder = startFolder;
+    m_curPath = m_Set.startFolder;
+    m_Set.selectable = selectable;
+    m_Set.filter = m_Place.filter = filter;
+    m_Set.callback = callback;
+    m_Set.context = context;
     m_Reason = kNothingChosen;
     m_Result = FileInfo();
     m_Server = ServerLocation();
     m_PendingDevice.Empty();
-    if (const auto location = ServerLocation::Parse(m_StartFolder)) {
+    if (const auto location = ServerLocation::Parse(m_Set.startFolder)) {
         m_Server = *location;
         m_PendingDevice = location->uuid;
-        m_curPath = m_TopFolder;
+        m_curPath = m_Set.topFolder;
     }
     m_curPath = WithSlash(m_curPath);
     SetRect(BrowserLayout::kScreen);
@@ -163,7 +163,7 @@ void EFileBrowser::OnMaterialize()
     if (!m_PendingSelection.IsEmpty() && !IsHttp(m_PendingSelection)) {
         const CascadeString parent = WithSlash(CascadeFSObject(m_PendingSelection).GetParentPath());
         // The top folder itself may be what is to be selected; it is never left upwards.
-        if (parent.Str().starts_with(m_TopFolder.Str())) {
+        if (parent.Str().starts_with(m_Set.topFolder.Str())) {
             m_curPath = parent;
         }
     }
@@ -174,7 +174,7 @@ void EFileBrowser::OnMaterialize()
 
 void EFileBrowser::Dismiss()
 {
-    m_pCallback = nullptr;
+    m_Set.callback = nullptr;
     Vanish();
 }
 
@@ -203,9 +203,9 @@ void EFileBrowser::OnVanish()
     m_Facts.clear();
     m_Listed.reset();
     // The last act: the client may open another browser, or a dialog.
-    const Callback callback = std::exchange(m_pCallback, nullptr);
+    const Callback callback = std::exchange(m_Set.callback, nullptr);
     if (callback != nullptr) {
-        callback(m_Result, m_Reason, m_pContext);
+        callback(m_Result, m_Reason, m_Set.context);
     }
 }
 

@@ -18,6 +18,7 @@
 #include "browser/BackgroundJob.h"
 #include "browser/BrowserDetail.h"
 #include "browser/BrowserItem.h"
+#include "browser/BrowserSettings.h"
 #include "browser/EInfoWindow.h"
 #include "browser/FolderConfig.h"
 #include "browser/FolderScan.h"
@@ -27,13 +28,11 @@
 #include "browser/ServerLocation.h"
 #include "browser/TitleSetChoice.h"
 #include "platform/CascadeArrays.h"
-#include "platform/CascadeDirBrowser.h"
 #include "platform/CascadeMediaServers.h"
 #include "platform/CascadeString.h"
 #include "platform/CascadeTimer.h"
 #include "platform/CascadeUPnP.h"
 #include "platform/CascadeWindow.h"
-#include "sources/FileInfo.h"
 #include "widgets/EKeyboardWindow.h"
 #include "widgets/EListView.h"
 #include "widgets/EPalette.h"
@@ -46,29 +45,11 @@ extern CascadeString m_curPath;
 class EFileBrowser : public CascadeWindow,
                      public CascadeTimer,
                      public CascadeUPnP,
+                     public BrowserChoices,
                      private EKeyboardWindow::Client,
                      private EInfoWindow::Client,
                      private TitleSetChoice::Client {
 public:
-    using FileInfo = ::FileInfo;
-
-    // Which entries of a folder are listed. The numbers are stored in settings.
-    enum FilterType : int { kFilterAll = 0, kFilterSequence = 1, kFilterSequenceSize = 2, kFilterSize = 3 };
-
-    // How the browser closed.
-    enum CallbackReason : int {
-        kItemChosen = 0,
-        kNothingChosen = 1,
-        kFolderChosen = 2,    // the viewer asked for the next filter; the path is where the cursor stood
-        kItemChosenForDeletion = 3,
-        kPathSettled = 4,    // in a follow-up step: a title set picked, a password given
-    };
-
-    // How entries are shown. The numbers are stored in settings.
-    enum IconMode : int { kIconsSmall = 0, kIconsSmallNoSize = 1, kIconsLarge = 2, kIconsExtraLarge = 3 };
-
-    using Callback = void (*)(const FileInfo& info, CallbackReason reason, void* context);
-
     explicit EFileBrowser(FolderReader reader = ReadFolder);
     ~EFileBrowser() override;
 
@@ -83,7 +64,7 @@ public:
     void SetIconMode(int mode);    // of every folder that does not say otherwise
     void SetBackEntry(bool show);    // the top folder begins with an entry that leaves the browser
     void SetFilterLabel(const char* label);    // in place of the label that each filter has
-    void SetChooseHint(const char* hint) { m_ChooseHint = hint; }    // what choosing does, for the line of hints
+    void SetChooseHint(const char* hint) { m_Set.chooseHint = hint; }    // what choosing does, for the line of hints
 
     // Starts on the whole screen; always true. `startFolder` may be a media server's (ServerLocation.h). The viewer
     // gets no higher than `topFolder`.
@@ -220,26 +201,8 @@ private:
     const ItemFacts* Facts(int item) const;
     ItemKind KindOf(int item) const;
 
-    // As set by the client.
     FolderReader m_Reader;
-    CascadeString m_GraphicsPath;
-    CascadeString m_IconPath;
-    CascadeString m_BrowseTitle;
-    CascadeString m_GivenFilterLabel;
-    CascadeString m_ChooseHint;
-    CascadeString m_TopFolder;
-    CascadeString m_BrowseRoot;
-    CascadeString m_StartFolder;
-    CascadeDirBrowser::SelectableObjectType m_Selectable = CascadeDirBrowser::kFilesAndFolders;
-    int m_nDefaultFilter = kFilterAll;
-    int m_nDefaultIconMode = kIconsSmall;
-    uint32_t m_nMinFileSize = 0;
-    uint32_t m_nTitleSetThreshold = 0;
-    bool m_bDeletion = false;
-    bool m_bHideSize = false;
-    bool m_bBackEntry = false;
-    Callback m_pCallback = nullptr;
-    void* m_pContext = nullptr;
+    BrowserSettings m_Set;
 
     // Where the browser is.
     Phase m_Phase = Phase::kClosed;

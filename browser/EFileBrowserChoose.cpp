@@ -77,7 +77,7 @@ void EFileBrowser::OnSelectKey()
 void EFileBrowser::Choose(int item)
 {
     const CascadeString path = m_List.GetTag(item);
-    const uint32_t threshold = m_nTitleSetThreshold;
+    const uint32_t threshold = m_Set.titleSetThreshold;
     const bool folder = KindOf(item) == ItemKind::kFolder;
     if (!folder && threshold == 0) {
         FinishWithItem(kItemChosen, item);

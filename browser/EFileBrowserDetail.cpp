@@ -215,7 +215,7 @@ void EFileBrowser::ShowDetail(const ItemDetail& detail)
         content.facts.push_back(detail.isDVD ? "DVD" : "Folder");
     }
     // A folder's size would take a walk through all that is below.
-    if (facts->kind != ItemKind::kFolder && !m_bHideSize) {
+    if (facts->kind != ItemKind::kFolder && !m_Set.hideSize) {
         const CascadeString size = SizeText(facts->totalSize);
         content.facts.push_back(facts->parts > 1 ? size + CascadeString::Format(" in %u files", facts->parts) : size);
     }

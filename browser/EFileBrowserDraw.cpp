@@ -50,8 +50,8 @@ const char* EFileBrowser::FilterLabel() const
     if (IsInServer()) {
         return "";
     }
-    if (!m_GivenFilterLabel.IsEmpty()) {
-        return m_GivenFilterLabel;
+    if (!m_Set.filterLabel.IsEmpty()) {
+        return m_Set.filterLabel;
     }
     return m_Place.filter >= 0 && m_Place.filter < static_cast<int>(std::size(kFilterLabels)) ? kFilterLabels[m_Place.filter] : "";
 }
@@ -68,9 +68,9 @@ CascadeString EFileBrowser::PathText() const
         return CascadeString(text);
     }
     std::string rest = folder;
-    if (m_TopFolder.GetLength() > 1 && folder.starts_with(m_TopFolder.Str())) {
-        text = CascadeFSObject(m_TopFolder).GetName().Str();
-        rest = folder.substr(m_TopFolder.GetLength());
+    if (m_Set.topFolder.GetLength() > 1 && folder.starts_with(m_Set.topFolder.Str())) {
+        text = CascadeFSObject(m_Set.topFolder).GetName().Str();
+        rest = folder.substr(m_Set.topFolder.GetLength());
     }
     const CascadeTokenArray steps(rest.c_str(), "/");
     for (size_t i = 0; i < steps.GetSize(); ++i) {
@@ -102,7 +102,7 @@ void EFileBrowser::PaintHead(CascadeBitmap& bitmap) const
         bitmap.StrokeRoundedRect(pill, pill.height / 2, 2, m_Palette.rim);
         bitmap.TextOut({pill.left + kPillPadding, Middle(pill, labelExtent.height)}, label, labelFont, m_Palette.text);
     }
-    const CascadeString title = EUtils::TrimStringToWidth(m_BrowseTitle, pill.left - head.left - kHintSpace, titleFont, false);
+    const CascadeString title = EUtils::TrimStringToWidth(m_Set.title, pill.left - head.left - kHintSpace, titleFont, false);
     EUtils::ShadowedTextOut(bitmap, {head.left, head.top - 2}, title, titleFont, m_Palette.text, kShadowColor, kShadow);
     const CascadeString path = EUtils::TrimStringToWidth(PathText(), head.width, pathFont, true);
     const int pathTop = head.Bottom() - EUtils::GetLineHeight(pathFont) - 4;
@@ -123,13 +123,13 @@ void EFileBrowser::PaintHints(CascadeBitmap& bitmap) const
     int x = line.left;
     for (const BrowserKeys::Row& row : BrowserKeys::kRows) {
         const bool filesAlone = row.key == Remote::kStop || row.key == Remote::kMenu || row.key == Remote::kInfo;
-        const bool inVain = (row.key == Remote::kStop && !m_bDeletion) || (row.key == Remote::kLeft && IsAtTop() && !IsInServer())
+        const bool inVain = (row.key == Remote::kStop && !m_Set.deletion) || (row.key == Remote::kLeft && IsAtTop() && !IsInServer())
             || (filesAlone && IsInServer());
         if (row.cap == nullptr || inVain) {
             continue;
         }
         const CascadeDims cap = font.GetTextExtent(row.cap);
-        const char* const text = row.key == Remote::kSelect && !m_ChooseHint.IsEmpty() ? m_ChooseHint.Text() : row.hint;
+        const char* const text = row.key == Remote::kSelect && !m_Set.chooseHint.IsEmpty() ? m_Set.chooseHint.Text() : row.hint;
         const CascadeDims hint = font.GetTextExtent(text);
         const CascadeRect key {x, line.top + 2, cap.width + 2 * kCapPadding, line.height - 4};
         if (key.Right() + kHintGap + hint.width > line.Right()) {

@@ -79,7 +79,7 @@ void EFileBrowser::OnFilterKey()
 void EFileBrowser::OnViewKey()
 {
     m_Place.iconMode = (m_Place.iconMode + 1) % kIconModes;
-    m_nDefaultIconMode = m_Place.iconMode;
+    m_Set.iconMode = m_Place.iconMode;
     if (m_Listed) {
         m_Listed->iconMode = m_Place.iconMode;
     }
@@ -91,7 +91,7 @@ void EFileBrowser::OnViewKey()
 
 void EFileBrowser::OnDeleteKey()
 {
-    if (!m_bDeletion) {
+    if (!m_Set.deletion) {
         ShowNotice("Deleting is switched off.");
     } else if (KindOf(Selected()) != ItemKind::kFile) {
         ShowNotice("Only files can be deleted.");

@@ -35,7 +35,7 @@ CascadeString WithoutSlash(const CascadeString& folder)
 
 bool EFileBrowser::IsAtTop() const
 {
-    return m_curPath == "/" || m_curPath == m_TopFolder;
+    return m_curPath == "/" || m_curPath == m_Set.topFolder;
 }
 
 void EFileBrowser::SetCurrentFolder(const char* path)
@@ -50,8 +50,8 @@ void EFileBrowser::SetCurrentFolder(const char* path)
         m_curPath += '/';
     }
     m_Place.pattern.Empty();
-    m_Place.filter = m_nDefaultFilter;
-    m_Place.iconMode = m_nDefaultIconMode;
+    m_Place.filter = m_Set.filter;
+    m_Place.iconMode = m_Set.iconMode;
     m_Config = FolderConfig();
     m_bScanPhase = false;
     m_nHungDetails = 0;
@@ -70,8 +70,8 @@ void EFileBrowser::OnConfigRead(const FolderConfig& config)
     m_nPatience = 0;
     m_Config = config;
     m_Place.pattern = config.pattern;
-    m_Place.filter = config.filter == FolderConfig::kNotSaid ? m_nDefaultFilter : config.filter;
-    m_Place.iconMode = config.iconMode == FolderConfig::kNotSaid ? m_nDefaultIconMode : config.iconMode;
+    m_Place.filter = config.filter == FolderConfig::kNotSaid ? m_Set.filter : config.filter;
+    m_Place.iconMode = config.iconMode == FolderConfig::kNotSaid ? m_Set.iconMode : config.iconMode;
     if (config.password.IsEmpty()) {
         RescanFolder();
     } else {
@@ -103,9 +103,9 @@ void EFileBrowser::StartScan()
     FolderScanRequest request;
     request.folder = m_curPath;
     request.filter = m_Place.filter;
-    request.minSize = m_nMinFileSize;
+    request.minSize = m_Set.minFileSize;
     request.pattern = m_Place.pattern;
-    request.selectable = m_Selectable;
+    request.selectable = m_Set.selectable;
     m_Phase = Phase::kScanning;
     const auto read = [reader = m_Reader, request](const JobStop& stop) {
         FolderListing listing = reader(request, stop);
@@ -149,16 +149,16 @@ void EFileBrowser::OnListing(FolderListing& listing)
 
 void EFileBrowser::FollowVanishedFolder(const FolderListing& listing)
 {
-    const bool within = listing.nearestParent.Str().starts_with(m_TopFolder.Str());
+    const bool within = listing.nearestParent.Str().starts_with(m_Set.topFolder.Str());
     ShowNotice("That folder is no longer there.");
-    SetCurrentFolder(within ? listing.nearestParent : m_TopFolder);
+    SetCurrentFolder(within ? listing.nearestParent : m_Set.topFolder);
 }
 
 void EFileBrowser::ApplyIconMode()
 {
     static constexpr int kListModes[] = {EListView::kSmall, EListView::kSmall, EListView::kLarge, EListView::kExtraLarge};
     const int mode = std::clamp(m_Place.iconMode, 0, static_cast<int>(std::size(kListModes)) - 1);
-    const bool sizes = mode != kIconsSmallNoSize && !m_bHideSize;
+    const bool sizes = mode != kIconsSmallNoSize && !m_Set.hideSize;
     m_List.SetListMode(kListModes[mode]);
     m_List.SetColumnWidth(m_List.GetColumn("Size"), sizes ? BrowserLayout::kSizeColumn : BrowserLayout::kSizeColumnHidden);
 }
@@ -187,8 +187,8 @@ int EFileBrowser::AddItem(const char* name, const char* tag, const ItemFacts& fa
     const bool file = facts.kind == ItemKind::kFile || facts.kind == ItemKind::kMedia;
     const auto& icons = back ? kParentIcons : (file ? kFileIcons : kFolderIcons);
     // The small icons of folders are the platform's own.
-    const CascadeString small = file ? m_IconPath + icons[0] : CascadeString(CascadeGraphicsFolder()) + icons[0];
-    m_List.SetIcons(item, small, m_IconPath + icons[1], m_IconPath + icons[2]);
+    const CascadeString small = file ? m_Set.iconPath + icons[0] : CascadeString(CascadeGraphicsFolder()) + icons[0];
+    m_List.SetIcons(item, small, m_Set.iconPath + icons[1], m_Set.iconPath + icons[2]);
     m_Facts.push_back(facts);
     return item;
 }
@@ -200,7 +200,7 @@ void EFileBrowser::AddLeadingItems()
         if (!parent.IsEmpty()) {
             AddItem("..", parent, {0, 1, ItemKind::kParent});
         }
-    } else if (m_bBackEntry) {
+    } else if (m_Set.backEntry) {
         AddItem("Back", "", {0, 1, ItemKind::kLeave});
     }
 }
@@ -300,9 +300,9 @@ void EFileBrowser::LeaveWait()
         m_curPath = m_ListedFolder;
         m_Phase = Phase::kListed;
         Redraw();
-    } else if (m_curPath != m_TopFolder) {
+    } else if (m_curPath != m_Set.topFolder) {
         m_PendingDevice.Empty();
-        SetCurrentFolder(m_TopFolder);
+        SetCurrentFolder(m_Set.topFolder);
     } else {
         Finish(kNothingChosen, {});
     }
@@ -310,8 +310,8 @@ void EFileBrowser::LeaveWait()
 
 void EFileBrowser::CatalogDevices(const FolderListing& listing)
 {
-    const bool start = m_curPath == m_StartFolder || m_curPath == m_StartFolder + "/";
-    if (!listing.holdsDevices && (m_curPath == m_TopFolder || start)) {
+    const bool start = m_curPath == m_Set.startFolder || m_curPath == m_Set.startFolder + "/";
+    if (!listing.holdsDevices && (m_curPath == m_Set.topFolder || start)) {
         std::printf("should be cataloging...\n");
         CascadeMediaServers::Watch(MountListCallback, this);
     }

@@ -199,7 +199,7 @@ void EFileBrowser::ShowMediaDetail(int item)
         const uint32_t seconds = SecondsOf(duration);
         content.facts.push_back(CascadeString::Format("%u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60));
     }
-    if (!m_bHideSize && Facts(item)->totalSize != 0) {
+    if (!m_Set.hideSize && Facts(item)->totalSize != 0) {
         content.facts.push_back(EUtils::GetFileSizeString(Facts(item)->totalSize));
     }
     if (*m_List.GetTag(item) == '\0') {
