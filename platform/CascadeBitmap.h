@@ -41,6 +41,7 @@ public:
     void WrappedTextOut(const CascadeRect& box, const char* text, const CascadeFont& font, CascadeColor color);
     void Blit(CascadePoint at, const CascadeBitmap& source);           // blends at the source's own size
     void StretchBlit(const CascadeRect& to, const CascadeBitmap& source);
+    void FadeEdges(int left, int right);                               // what was drawn fades out over so many pixels; 0: it does not
 
     // Copies pixels of a shared zone: rows of width * bitsPerPixel / 8 bytes from `offset` on, 32 bits a
     // pixel in the byte order alpha, green, red, blue, or 24 in blue, green, red.

@@ -167,6 +167,7 @@ void EKeyboardWindow::OnPaint(CascadeBitmap& bitmap)
 {
     const CascadeRect& panel = GetRect();
     bitmap.Fill(0);
+    m_Palette.PaintGround(bitmap, panel);
     m_Palette.PaintPanel(bitmap, panel);
 
     CascadeRect line = {panel.left + kMargin, panel.top + kTop, panel.width - 2 * kMargin, EUtils::GetLineHeight(m_TitleFont)};

@@ -15,6 +15,7 @@ constexpr int kNarrowestColumn = 20;    // a narrower one is hidden
 constexpr int kRowInset = 12;    // of what stands in a row
 constexpr int kInkBeside = 6;    // of a text beyond its extent
 constexpr int kInkAbove = 3;
+constexpr int kFade = 28;    // at the ends of a moving name
 constexpr int kMessageSize = 28;
 constexpr int kMessageMargin = 24;
 constexpr int kBar = 6;    // width, in the padding at the right
@@ -245,6 +246,8 @@ void EListView::PaintName(CascadeBitmap& bitmap, int item, const CascadeRect& bo
         return;
     }
     window.TextOut({-m_nMarqueeShown, 0}, name.name, m_Font, color);
+    const int ahead = name.wholeWidth - box.width - m_nMarqueeShown;
+    window.FadeEdges(std::min(kFade, m_nMarqueeShown), std::clamp(ahead, 0, kFade));
     bitmap.Blit(at, window);
 }
 

@@ -105,6 +105,13 @@ EPalette EPalette::Load(const char* folder)
     return palette;
 }
 
+void EPalette::PaintGround(CascadeBitmap& bitmap, const CascadeRect& rect) const
+{
+    CascadeRect ground = rect;
+    ground.InsetRect(kShadow + 1, kShadow + 1);
+    bitmap.FillRoundedRect(ground, panelRadius, panelBottom | 0xFF);
+}
+
 void EPalette::PaintPanel(CascadeBitmap& bitmap, const CascadeRect& rect) const
 {
     CascadeRect panel = rect;

@@ -28,5 +28,6 @@ struct EPalette {
     static EPalette Load(const char* folder);
 
     void PaintPanel(CascadeBitmap& bitmap, const CascadeRect& rect) const;    // translucent, with its rim and a soft shadow, all inside `rect`
+    void PaintGround(CascadeBitmap& bitmap, const CascadeRect& rect) const;    // below a panel: nothing under it is to be read through it
     void PaintFocus(CascadeBitmap& bitmap, const CascadeRect& rect, int radius) const;
 };

@@ -110,6 +110,31 @@ void CascadeBitmap::StrokeRoundedRect(const CascadeRect& rect, int radius, doubl
     m_pImpl->Touch(rect);
 }
 
+void CascadeBitmap::FadeEdges(int left, int right)
+{
+    if (IsEmpty()) {
+        return;
+    }
+    const CascadeRect bounds = GetBounds();
+    const auto fade = [&](int width, int from, int to) {
+        if (width <= 0) {
+            return;
+        }
+        const CairoPtr cairo = m_pImpl->Begin();
+        cairo_pattern_t* const mask = cairo_pattern_create_linear(from, 0, to, 0);
+        AddStop(mask, 0, 0);
+        AddStop(mask, 1, 0xFF);
+        cairo_set_source(cairo.get(), mask);
+        cairo_pattern_destroy(mask);
+        cairo_rectangle(cairo.get(), std::min(from, to), bounds.top, width, bounds.height);
+        cairo_clip(cairo.get());
+        cairo_set_operator(cairo.get(), CAIRO_OPERATOR_DEST_IN);
+        cairo_paint(cairo.get());
+    };
+    fade(left, bounds.left, bounds.left + left);
+    fade(right, bounds.Right(), bounds.Right() - right);
+}
+
 bool CascadeBitmap::BlitFromSharedZone(
     CascadePoint at, CascadeSharedMemZone& zone, size_t offset, int width, int height, unsigned long bitsPerPixel, const CascadeRect& source)
 {

@@ -207,6 +207,8 @@ void CascadeBitmap::StretchBlit(const CascadeRect& to, const CascadeBitmap& sour
     }
 }
 
+void CascadeBitmap::FadeEdges(int /*left*/, int /*right*/) { }
+
 bool CascadeBitmap::BlitFromSharedZone(
     CascadePoint at, CascadeSharedMemZone& zone, size_t offset, int width, int height, unsigned long bitsPerPixel, const CascadeRect& source)
 {
