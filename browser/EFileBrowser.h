@@ -85,7 +85,7 @@ public:
     static CascadeString GetDVDFeatureVTS(const char* path, unsigned long long minSize, CascadeTemplateArray<FileInfo*>* list);
 
     // What an information file tells, as much as fits the width of the box and the height given, which may be less than
-    // its own. Measures texts, so a long one takes its time: for any thread.
+    // its own. The file was read with the folder: nothing here asks the disk.
     static CascadeString GetAssociatedDescription(const EInfoFile& info, int height, const CascadeRect& box);
 
     void OnMaterialize() override;

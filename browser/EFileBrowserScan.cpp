@@ -107,12 +107,7 @@ void EFileBrowser::StartScan()
     request.pattern = m_Place.pattern;
     request.selectable = m_Set.selectable;
     m_Phase = Phase::kScanning;
-    const auto read = [reader = m_Reader, request](const JobStop& stop) {
-        FolderListing listing = reader(request, stop);
-        listing.info.description = GetAssociatedDescription(listing.info, BrowserLayout::kFolderDescription, BrowserLayout::kDescription);
-        return listing;
-    };
-    if (m_ScanJob.Start(read)) {
+    if (m_ScanJob.Start([reader = m_Reader, request](const JobStop& stop) { return reader(request, stop); })) {
         WatchJobs();
         return;
     }
@@ -129,6 +124,7 @@ void EFileBrowser::OnListing(FolderListing& listing)
     }
     m_Phase = Phase::kListed;
     m_FolderInfo = std::move(listing.info);
+    m_FolderInfo.description = GetAssociatedDescription(m_FolderInfo, BrowserLayout::kFolderDescription, BrowserLayout::kDescription);
     FillList(listing);
     m_Listed = m_Place;
     m_ListedFolder = m_curPath;
