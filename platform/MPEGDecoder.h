@@ -49,7 +49,7 @@ public:
     [[nodiscard]] bool SetOutputAndScaleRects(const CascadeRect& output, const CascadeRect& scale);
 
     // Picture and sound have stopped for lack of data: OnFillBuffer has not returned for a while, and all that
-    // was fed before has been played.
+    // was fed before has been played. They go on by themselves once some seconds of the stream are in hand.
     bool IsStarving() const;
 
     virtual unsigned long OnFillBuffer(unsigned char* buffer, unsigned long length) = 0;

@@ -124,10 +124,10 @@ std::string DecoderStats::Json(const Feed& feed, int64_t soundTicks) const
     std::snprintf(text, sizeof text,
                   "\"state\":\"%s\",\"frames_shown\":%" PRIu64 ",\"frames_dropped\":%" PRIu64 ",\"frames_repeated\":%" PRIu64 ",\"frames_decoded\":%" PRIu64
                   ",\"total_frames_shown\":%" PRIu64 ",\"av_offset_ms\":%.1f,\"worst_av_offset_ms\":%.1f,\"clock_s\":%.3f,\"bytes_fed\":%" PRIu64 ",\"bytes_in_flight\":%" PRIu64
-                  ",\"fills\":%" PRIu64 ",\"starving\":%s,\"video\":{\"codec\":\"%s\",\"width\":%d,\"height\":%d,\"interlaced\":%s},\"audio\":{\"codec\":\"%s\",\"rate\":%d,\"channels\":%d}"
+                  ",\"fills\":%" PRIu64 ",\"starving\":%s,\"refills\":%u,\"video\":{\"codec\":\"%s\",\"width\":%d,\"height\":%d,\"interlaced\":%s},\"audio\":{\"codec\":\"%s\",\"rate\":%d,\"channels\":%d}"
                   ",\"last_seek_ms\":%.1f,\"last_open_ms\":%.1f,\"longest_gap_ms\":%.1f",
                   m_State.c_str(), m_nShown, m_nDropped, m_nRepeated, m_nDecoded, g_nTotalShown.load(), m_SoundOffsetMs, m_WorstSoundOffsetMs,
-                  static_cast<double>(std::max<int64_t>(ticks, 0)) / 90000, feed.bytesFed, feed.bytesInFlight, feed.fills, feed.starving ? "true" : "false", m_VideoCodec.c_str(), m_nWidth, m_nHeight,
+                  static_cast<double>(std::max<int64_t>(ticks, 0)) / 90000, feed.bytesFed, feed.bytesInFlight, feed.fills, feed.starving ? "true" : "false", feed.refills, m_VideoCodec.c_str(), m_nWidth, m_nHeight,
                   m_bInterlaced ? "true" : "false", m_AudioCodec.c_str(), m_nRate, m_nChannels, m_LastSeekMs, m_LastOpenMs, m_LongestGapMs);
     return text;
 }

@@ -34,6 +34,7 @@ public:
         uint64_t bytesInFlight = 0;
         uint64_t fills = 0;
         bool starving = false;    // picture and sound have stopped for lack of data
+        unsigned refills = 0;    // how often they were stopped until enough was in hand again
     };
     // Members of a JSON object without the braces. `soundTicks` is how far sound alone has come.
     std::string Json(const Feed& feed, int64_t soundTicks) const;

@@ -9,6 +9,9 @@ namespace {
 
 // How long an idle feed rests between two turns round the ring.
 constexpr std::chrono::milliseconds kIdleRest{20};
+// How often the reader looks whether its waiting for the source has become a matter of playing, and from when on.
+constexpr std::chrono::milliseconds kLook{20};
+constexpr std::chrono::milliseconds kSilence{50};
 // A buffer of nothing but 0xFF is stuffing handed out so that somebody else gets processor time.
 constexpr std::chrono::milliseconds kStuffingRest{100};
 // Longest time that the end is held back for what is still to be played: sound that no device takes.
@@ -21,8 +24,8 @@ bool IsStuffing(const unsigned char* bytes, size_t count)
 
 }    // namespace
 
-FeedRing::FeedRing(Opening& opening, Fill fill, std::function<void()> error, std::function<bool()> playedOut)
-    : m_Opening(opening), m_Fill(std::move(fill)), m_Error(std::move(error)), m_PlayedOut(std::move(playedOut))
+FeedRing::FeedRing(Opening& opening, Fill fill, std::function<void()> error, std::function<bool()> playedOut, Watch watch)
+    : m_Opening(opening), m_Fill(std::move(fill)), m_Error(std::move(error)), m_PlayedOut(std::move(playedOut)), m_Watch(std::move(watch))
 {
 }
 
@@ -71,6 +74,7 @@ void FeedRing::Start()
         }
     }
     m_FeedMayGo.notify_all();
+    m_DataChanged.notify_all();
 }
 
 void FeedRing::Stop()
@@ -109,10 +113,24 @@ void FeedRing::Kick()
     m_DataChanged.notify_all();
 }
 
+void FeedRing::AwaitData(std::unique_lock<std::mutex>& lock, Opening::Number opening)
+{
+    const auto over = [&] { return !m_Opening.Is(opening) || !m_Filled.empty() || m_bEnd; };
+    while (!over()) {
+        if (!m_bStreaming || !m_Watch.onWaiting) {
+            m_DataChanged.wait(lock, [&] { return over() || (m_bStreaming && m_Watch.onWaiting); });
+        } else if (!m_DataChanged.wait_for(lock, kLook, over) && WaitsForSource(kSilence)) {
+            lock.unlock();
+            m_Watch.onWaiting();
+            lock.lock();
+        }
+    }
+}
+
 int FeedRing::Read(Opening::Number opening, unsigned char* to, int length)
 {
     std::unique_lock lock(m_Mutex);
-    m_DataChanged.wait(lock, [&] { return !m_Opening.Is(opening) || !m_Filled.empty() || m_bEnd; });
+    AwaitData(lock, opening);
     if (!m_Opening.Is(opening)) {
         return -1;
     }
@@ -143,7 +161,7 @@ bool FeedRing::WaitForData(Opening::Number opening)
 bool FeedRing::IsWaitingForSource(std::chrono::milliseconds atLeast) const
 {
     std::lock_guard lock(m_Mutex);
-    return m_bStreaming && m_bInCallback && m_Filled.empty() && Clock::now() - m_CallbackSince >= atLeast;
+    return WaitsForSource(atLeast);
 }
 
 void FeedRing::ReportError()
@@ -167,11 +185,26 @@ void FeedRing::Rest(std::unique_lock<std::mutex>& lock, std::chrono::millisecond
     m_StopAsked.wait_for(lock, time, [this] { return !m_bStreaming || m_bErrorAsked; });
 }
 
+// As a callback, so that none runs once Stop has returned.
+void FeedRing::TellFilled(std::unique_lock<std::mutex>& lock, bool all)
+{
+    if (!m_Watch.onFilled || !m_bStreaming) {
+        return;
+    }
+    m_bInCallback = true;
+    lock.unlock();
+    m_Watch.onFilled(all);
+    lock.lock();
+    m_bInCallback = false;
+    m_CallbackDone.notify_all();
+}
+
 // Everything has been taken: the demultiplexer hears of the end, and what is left is played.
 bool FeedRing::EndReached(std::unique_lock<std::mutex>& lock)
 {
     m_bEnd = true;
     m_DataChanged.notify_all();
+    TellFilled(lock, true);
     const Clock::time_point deadline = Clock::now() + kLongestTail;
     do {
         Rest(lock, kIdleRest);
@@ -219,7 +252,7 @@ void FeedRing::Offer(std::unique_lock<std::mutex>& lock)
 {
     Buffer& buffer = m_Buffers[m_nNext];
     const size_t size = buffer.bytes.size();
-    m_bInCallback = true;
+    m_bInCallback = m_bFilling = true;
     m_CallbackSince = Clock::now();
     lock.unlock();
     size_t got = 0;
@@ -230,7 +263,7 @@ void FeedRing::Offer(std::unique_lock<std::mutex>& lock)
         stuffing = IsStuffing(buffer.bytes.data(), got);
     }
     lock.lock();
-    m_bInCallback = false;
+    m_bInCallback = m_bFilling = false;
     m_CallbackDone.notify_all();
     if (got == 0) {
         if (!m_bStreaming) {
@@ -238,6 +271,7 @@ void FeedRing::Offer(std::unique_lock<std::mutex>& lock)
         }
         m_nNext = (m_nNext + 1) % m_Buffers.size();
         ++m_nZeroFills;
+        TellFilled(lock, m_Buffers[m_nNext].filled != 0);
         return;
     }
     m_nZeroFills = 0;
@@ -251,6 +285,7 @@ void FeedRing::Offer(std::unique_lock<std::mutex>& lock)
     m_nBytesFed += got;
     m_nBytesHeld += got;
     m_DataChanged.notify_all();
+    TellFilled(lock, m_Buffers[m_nNext].filled != 0);
     if (stuffing) {
         Rest(lock, kStuffingRest);
     }

@@ -32,8 +32,14 @@ class FeedRing {
 public:
     using Fill = std::function<unsigned long(unsigned char* buffer, unsigned long length)>;
 
+    // What becomes of the source, told without a lock.
+    struct Watch {
+        std::function<void()> onWaiting;    // demultiplexing thread, which waits for the source: again and again
+        std::function<void(bool all)> onFilled;    // the ring's thread; `all`: there is room for no more, or there is no more
+    };
+
     // `playedOut`: whether hardly anything of what was read is still to be played; called without a lock.
-    FeedRing(Opening& opening, Fill fill, std::function<void()> error, std::function<bool()> playedOut);
+    FeedRing(Opening& opening, Fill fill, std::function<void()> error, std::function<bool()> playedOut, Watch watch);
     ~FeedRing();
     FeedRing(const FeedRing&) = delete;
     FeedRing& operator=(const FeedRing&) = delete;
@@ -71,12 +77,16 @@ private:
     void Run();
     void Offer(std::unique_lock<std::mutex>& lock);
     void Rest(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds time);
+    void AwaitData(std::unique_lock<std::mutex>& lock, Opening::Number opening);
+    void TellFilled(std::unique_lock<std::mutex>& lock, bool all);
+    bool WaitsForSource(std::chrono::milliseconds atLeast) const { return m_bStreaming && m_bFilling && m_Filled.empty() && Clock::now() - m_CallbackSince >= atLeast; }
     bool EndReached(std::unique_lock<std::mutex>& lock);    // false: stopped before all was played
 
     Opening& m_Opening;
     const Fill m_Fill;
     const std::function<void()> m_Error;
     const std::function<bool()> m_PlayedOut;
+    const Watch m_Watch;
     mutable InterruptToken m_Token;
 
     mutable std::mutex m_Mutex;
@@ -92,6 +102,7 @@ private:
     bool m_bLastFillShort = false;
     bool m_bStreaming = false;
     bool m_bInCallback = false;
+    bool m_bFilling = false;    // the callback is the fill
     Clock::time_point m_CallbackSince;    // of a fill
     bool m_bErrorAsked = false;
     bool m_bQuit = false;

@@ -7,6 +7,7 @@
 #include "host/base/HostHooks.h"
 #include "host/decoder/AudioDecode.h"
 #include "host/decoder/Demux.h"
+#include "host/decoder/Refill.h"
 #include "host/decoder/VideoDecode.h"
 
 namespace {
@@ -54,6 +55,7 @@ private:
     host::CodedStore m_Store{m_Opening};
     host::Present m_Present{m_Opening, m_Clock, m_Sink, m_Stats};
     host::FeedRing m_Ring;
+    host::Refill m_Refill{m_Ring, m_Clock, m_Store, m_Present, m_Sink};
     host::Demux m_Demux{m_Opening, m_Ring, m_Store, m_Offsets};
     host::VideoDecode m_Video;
     host::AudioDecode m_Audio;
@@ -64,7 +66,7 @@ MPEGDecoder::Impl* MPEGDecoder::Impl::s_pLatest = nullptr;
 
 MPEGDecoder::Impl::Impl(MPEGDecoder& owner)
     : m_Ring(m_Opening, [&owner](unsigned char* buffer, unsigned long length) { return owner.OnFillBuffer(buffer, length); }, [&owner] { owner.OnDecoderError(); },
-          [this] { return IsNearlyPlayedOut(); }),
+          [this] { return IsNearlyPlayedOut(); }, {[this] { m_Refill.SourceWaits(); }, [this](bool all) { m_Refill.Filled(all); }}),
       m_Video(m_Opening, m_Store, m_Offsets, m_Clock, m_Present, m_Stats, [this] { m_Ring.ReportError(); }),
       m_Audio(m_Opening, m_Store, m_Offsets, m_Clock, m_Sink, m_Present, m_Stats, [this] { m_Ring.ReportError(); })
 {
@@ -110,6 +112,7 @@ std::string MPEGDecoder::Impl::Stats()
     feed.bytesFed = m_Ring.BytesFed();
     feed.fills = m_Ring.Fills();
     feed.starving = IsStarving();
+    feed.refills = m_Refill.Count();
     feed.bytesInFlight = m_Ring.BytesHeld() + m_Store.BytesHeld(host::CodedStore::kVideo);
     const std::optional<int64_t> start = m_Clock.Start();
     return m_Stats.Json(feed, start && m_bOpen ? m_Clock.TicksAt(host::Clock::now()) - *start : 0);
@@ -123,7 +126,7 @@ bool MPEGDecoder::Impl::IsNearlyPlayedOut()
 // Without the coded data in between: with nothing behind it, that is decoded as soon as there is room.
 bool MPEGDecoder::Impl::IsStarving()
 {
-    return m_bOpen && m_Ring.IsWaitingForSource(kSlowSource) && m_Present.TicksHeld() == 0 && m_Sink.BufferedTicks() <= kSilence;
+    return m_bOpen && !m_Clock.IsPaused() && (m_Refill.HasLasted(kSlowSource) || (m_Ring.IsWaitingForSource(kSlowSource) && m_Present.TicksHeld() == 0 && m_Sink.BufferedTicks() <= kSilence));
 }
 
 void MPEGDecoder::Impl::StartThreads()
@@ -159,6 +162,7 @@ bool MPEGDecoder::Impl::Open(uint32_t buffers, uint32_t bytesEach)
     m_Offsets.Reset();
     m_Clock.SetPaused(true, host::Clock::now());
     m_Clock.Reset();
+    m_Refill.Reset();
     m_Sink.Reset();
     m_Demux.Forget();
     m_Present.Opened();

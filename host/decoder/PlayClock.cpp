@@ -20,13 +20,14 @@ void PlayClock::Reset()
     m_bSoundExpected = false;
     m_bSoundPrimed = false;
     m_bStarted = false;
+    m_bHeld = false;
     m_nAnchorTicks = 0;
     ++m_nSerial;
 }
 
 int64_t PlayClock::TicksAtLocked(Time now) const
 {
-    return m_bStarted && !m_bPaused ? m_nAnchorTicks + TimeToTicks(now - m_AnchorTime) : m_nAnchorTicks;
+    return Runs() ? m_nAnchorTicks + TimeToTicks(now - m_AnchorTime) : m_nAnchorTicks;
 }
 
 void PlayClock::SetPaused(bool paused, Time now)
@@ -44,6 +45,34 @@ void PlayClock::SetPaused(bool paused, Time now)
         if (!m_bStarted) {
             m_StartKnownAt = now;
         }
+    }
+    Tell();
+}
+
+bool PlayClock::Hold(Time now)
+{
+    {
+        std::lock_guard lock(m_Mutex);
+        if (!Runs()) {
+            return false;
+        }
+        m_nAnchorTicks = TicksAtLocked(now);
+        m_AnchorTime = now;
+        m_bHeld = true;
+    }
+    Tell();
+    return true;
+}
+
+void PlayClock::Release(Time now)
+{
+    {
+        std::lock_guard lock(m_Mutex);
+        if (!m_bHeld) {
+            return;
+        }
+        m_AnchorTime = now;
+        m_bHeld = false;
     }
     Tell();
 }
@@ -139,7 +168,7 @@ void PlayClock::Rebase(int64_t ticks, Time now)
 void PlayClock::Observe(int64_t ticks, Time now)
 {
     std::lock_guard lock(m_Mutex);
-    if (!m_bStarted || m_bPaused) {
+    if (!Runs()) {
         return;
     }
     const int64_t error = ticks - TicksAtLocked(now);
@@ -149,13 +178,19 @@ void PlayClock::Observe(int64_t ticks, Time now)
 bool PlayClock::IsRunning() const
 {
     std::lock_guard lock(m_Mutex);
-    return m_bStarted && !m_bPaused;
+    return Runs();
 }
 
 bool PlayClock::IsPaused() const
 {
     std::lock_guard lock(m_Mutex);
     return m_bPaused;
+}
+
+bool PlayClock::IsHeld() const
+{
+    std::lock_guard lock(m_Mutex);
+    return m_bHeld;
 }
 
 std::optional<int64_t> PlayClock::Start() const
@@ -179,7 +214,7 @@ int64_t PlayClock::TicksAt(Time now) const
 PlayClock::Time PlayClock::TimeOf(int64_t ticks) const
 {
     std::lock_guard lock(m_Mutex);
-    if (!m_bStarted || m_bPaused) {
+    if (!Runs()) {
         return Time::max();
     }
     return m_AnchorTime + std::chrono::duration_cast<Clock::duration>(TicksToTime(ticks - m_nAnchorTicks));

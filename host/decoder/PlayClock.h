@@ -2,7 +2,7 @@
 //
 // It stands until the start is known (the first picture, or the first sound where there is no picture) and
 // sound is ready or has not come in time; then it runs on steady time, led by what the sound device has
-// really taken. Pausing holds it.
+// really taken. Pausing holds it, and so does a source that does not keep up (Refill): it goes on from where it stood.
 //
 // Units:   ticks of 90 kHz on the time line; times are host::Clock.
 // Threads: any. The listener is called without a lock held, on the thread that changed something.
@@ -29,6 +29,8 @@ public:
     void SetListener(std::function<void()> listener) { m_Listener = std::move(listener); }    // before any thread runs
     void Reset();                      // keeps whether it is paused
     void SetPaused(bool paused, Time now);
+    bool Hold(Time now);               // for lack of data; false: it did not run
+    void Release(Time now);
     void SetSoundExpected(bool expected);
     void SetDeviceLatency(int64_t ticks);
 
@@ -46,6 +48,7 @@ public:
 
     bool IsRunning() const;
     bool IsPaused() const;
+    bool IsHeld() const;
     std::optional<int64_t> Start() const;
     unsigned Serial() const;           // counts the starts and rebases
     int64_t TicksAt(Time now) const;
@@ -58,6 +61,7 @@ public:
     void Kick();
 
 private:
+    bool Runs() const { return m_bStarted && !m_bPaused && !m_bHeld; }
     int64_t TicksAtLocked(Time now) const;
     void Tell();
 
@@ -71,6 +75,7 @@ private:
     bool m_bSoundPrimed = false;
     bool m_bStarted = false;
     bool m_bPaused = true;
+    bool m_bHeld = false;
     unsigned m_nSerial = 0;
     int64_t m_nLatency = 0;
     int64_t m_nAnchorTicks = 0;

@@ -136,6 +136,12 @@ int64_t Present::TicksHeld() const
     return ticks;
 }
 
+bool Present::IsDryAt(Clock::time_point when) const
+{
+    std::lock_guard lock(m_Mutex);
+    return m_Queue.empty() && !m_bFirst && m_Clock.TicksAt(when) >= m_Last.ticks + m_Last.duration;
+}
+
 void Present::Kick()
 {
     { std::lock_guard lock(m_Mutex); }

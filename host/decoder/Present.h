@@ -41,6 +41,7 @@ public:
     // Whether a picture of this time is not worth a conversion any more.
     bool IsTooLate(int64_t ticks, int64_t duration) const;
     int64_t TicksHeld() const;    // how long the waiting pictures last
+    bool IsDryAt(Clock::time_point when) const;    // none waits, and the last one's time is over then
     void Kick();
 
     bool Advance(Clock::time_point now, VideoFrame& frame, Clock::time_point& next) override;

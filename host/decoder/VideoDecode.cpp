@@ -196,7 +196,7 @@ int64_t VideoDecode::PlaceSegment(Opening::Number opening, unsigned segment, int
     Clock::time_point asked = Clock::now();
     while (m_bAny && m_Opening.Is(opening) && m_Offsets.IsInDoubt(segment) && !m_Store.HasEnded()) {
         const Clock::time_point now = Clock::now();
-        if (m_Clock.IsPaused()) {
+        if (m_Clock.IsPaused() || m_Clock.IsHeld()) {
             asked = now;
         }
         // A clock that stands although nobody holds it may be waiting for the very picture that waits here.

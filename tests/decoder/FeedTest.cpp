@@ -38,7 +38,7 @@ struct Script {
 
 class Ring : public testing::Test {
 protected:
-    Ring() : ring(opening, [this](unsigned char* b, unsigned long n) { return script.Fill(b, n); }, [] {}, [this] { return playedOut.load(); })
+    Ring() : ring(opening, [this](unsigned char* b, unsigned long n) { return script.Fill(b, n); }, [] {}, [this] { return playedOut.load(); }, {})
     {
         EXPECT_TRUE(ring.Configure(4, 1000));
         number = opening.Begin();

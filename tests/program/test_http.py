@@ -123,6 +123,7 @@ class Http(unittest.TestCase):
 
                     stats = player.wait_stats(over, 40, way)
                     self.assertEqual((stats["frames_shown"], stats["frames_dropped"] if SLOW == 1 else 0), (expected, 0), way)
+                    self.assertLessEqual(stats["refills"], 4, way)
                     if starves is not None and SLOW == 1:
                         self.assertEqual(any(seen), starves, way)
 
