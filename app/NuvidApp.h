@@ -17,6 +17,7 @@
 #include "app/MMenu.h"
 #include "app/MenuTables.h"
 #include "app/MyWindow.h"
+#include "app/NowPlayingMarks.h"
 #include "app/Parameters.h"
 #include "app/PlayQueue.h"
 #include "app/RecentFiles.h"
@@ -193,9 +194,6 @@ private:
     void OnZoomQuery(const CascadeString& rest, CascadeString& reply);
     void OnPing(const CascadeString& rest, CascadeString& reply);
 
-    // What is playing (NuvidAppNowPlaying.cpp).
-    void RefreshMarks(uint64_t position);
-
     MDecoder m_Decoder;
     MyWindow m_Osd;
     EProgressBar m_Progress;
@@ -218,7 +216,5 @@ private:
     CascadeString m_BrowseTitle;
     EFileBrowser::FileInfo m_SelectedEntry;    // the last one chosen
     EFileBrowser::FileInfo m_CurrentEntry;    // the one being opened or played
-    ProgressMarks m_Marks;    // as last told to phones and the desktop
-    CascadeString m_MarksOf;    // the recording that they belong to; empty: none
-    size_t m_nMarks = 0;    // how many bookmarks and chapters it had then
+    NowPlayingMarks m_Marks;    // for phones and the desktop
 };

@@ -23,26 +23,12 @@ std::vector<double> Shown(std::vector<double> marks)
 
 }    // namespace
 
-// Marks are found on the disk, so they are kept until something says that they have changed.
-void NuvidApp::RefreshMarks(uint64_t position)
-{
-    const CascadeString name = m_Decoder.GetOriginalFileName();
-    const size_t marks = static_cast<size_t>(m_Decoder.GetBookmarks().Size()) << 32 | static_cast<size_t>(m_Decoder.GetChapters().Size());
-    const bool grown = m_Marks.TotalBytes() != 0 && position >= m_Marks.TotalBytes();
-    if (name == m_MarksOf && marks == m_nMarks && !grown) {
-        return;
-    }
-    m_MarksOf = name;
-    m_nMarks = marks;
-    m_Marks = EProgressBar::MarksOf(m_Decoder);
-}
-
 void NuvidApp::OnNowPlaying(CascadeNowPlaying& now)
 {
     now.queueCount = m_Queue.Size();
     now.queueIndex = std::min(m_Queue.Cursor() + 1, now.queueCount);
     if (!m_Decoder.IsFileOpen()) {
-        m_MarksOf.Empty();
+        m_Marks.Forget();
         return;
     }
     const int state = m_Decoder.GetState();
@@ -52,11 +38,11 @@ void NuvidApp::OnNowPlaying(CascadeNowPlaying& now)
     now.path = m_Decoder.GetOriginalFileName();    // of numbered files the one that was opened: they are one recording
 
     const uint64_t position = m_Decoder.GetCurFilePosition();
-    RefreshMarks(m_Marks.PositionInWhole(name == nullptr ? "" : name, position));
-    now.sizeBytes = m_Marks.TotalBytes();
-    now.positionBytes = m_Marks.PositionInWhole(name == nullptr ? "" : name, position);
-    now.chapters = Shown(m_Marks.Chapters());
-    now.bookmarks = Shown(m_Marks.Bookmarks());
+    const ProgressMarks& marks = m_Marks.Follow(m_Decoder, position);
+    now.sizeBytes = marks.TotalBytes();
+    now.positionBytes = marks.PositionInWhole(name == nullptr ? "" : name, position);
+    now.chapters = Shown(marks.Chapters());
+    now.bookmarks = Shown(marks.Bookmarks());
     const double share = now.sizeBytes == 0 ? 0 : static_cast<double>(now.positionBytes) / static_cast<double>(now.sizeBytes);
     if (m_Decoder.GetDuration() != 0) {
         now.durationMs = Milliseconds(m_Decoder.GetDuration());

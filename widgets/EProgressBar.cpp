@@ -87,18 +87,29 @@ void EProgressBar::Display(MDecoder* decoder, unsigned long timeMs)
 
 ProgressMarks EProgressBar::MarksOf(MDecoder& decoder)
 {
+    const bool onDisk = !decoder.CurStreamIsHTTP() && !decoder.CurStreamIsISO();
+    return MarksOf(decoder, onDisk ? FilesOf(decoder.GetOriginalFileName()) : std::vector<ProgressMarks::File>());
+}
+
+ProgressMarks EProgressBar::MarksOf(MDecoder& decoder, std::vector<ProgressMarks::File> files)
+{
     const std::vector<ProgressMarks::Mark> chapters = Listed(decoder.GetChapters());
     const std::vector<ProgressMarks::Mark> bookmarks = Listed(decoder.GetBookmarks());
     if (decoder.CurStreamIsHTTP() || decoder.CurStreamIsISO()) {
         return ProgressMarks::OfStream(decoder.GetCurFileSize(), chapters, bookmarks);
     }
+    return ProgressMarks::OfFiles(std::move(files), chapters, bookmarks);
+}
+
+std::vector<ProgressMarks::File> EProgressBar::FilesOf(const char* name)
+{
     FileList sequence;
-    sequence.Create(decoder.GetOriginalFileName(), nullptr);
+    sequence.Create(name, nullptr);
     std::vector<ProgressMarks::File> files;
     for (const FileListEntry& entry : sequence.GetEntries()) {
         files.push_back({entry.name, entry.size});
     }
-    return ProgressMarks::OfFiles(std::move(files), chapters, bookmarks);
+    return files;
 }
 
 void EProgressBar::OnMaterialize()

@@ -25,6 +25,9 @@ public:
 
     // Where the marks of what is open are. Blocks on the disk, as Display does.
     static ProgressMarks MarksOf(MDecoder& decoder);
+    // The same with the files of a recording on the disk known already; streams do without.
+    static ProgressMarks MarksOf(MDecoder& decoder, std::vector<ProgressMarks::File> files);
+    static std::vector<ProgressMarks::File> FilesOf(const char* name);    // blocks; any thread
 
     void OnPaint(CascadeBitmap& bitmap) override;
     void OnMaterialize() override;

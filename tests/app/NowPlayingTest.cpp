@@ -1,3 +1,6 @@
+#include <chrono>
+#include <thread>
+
 #include "platform/CascadeNowPlaying.h"
 #include "tests/app/AppTest.h"
 
@@ -10,6 +13,15 @@ protected:
         CascadeNowPlaying now;
         m_pApp->OnNowPlaying(now);
         return now;
+    }
+    // The disk is asked by another thread.
+    CascadeNowPlaying NowOfSize(uint64_t bytes)
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+        while (Now().sizeBytes != bytes && std::chrono::steady_clock::now() < deadline) {
+            std::this_thread::yield();
+        }
+        return Now();
     }
 };
 
@@ -24,7 +36,7 @@ TEST_F(NowPlayingTest, TellsItemPlaceAndMarks)
     TestDecoder::Pull(25000);
     EXPECT_EQ(TestPlatform::Command("Nuvid bookmark add"), "OK");
     TestPlatform::Tick(5);
-    const CascadeNowPlaying now = Now();
+    const CascadeNowPlaying now = NowOfSize(100000);
     EXPECT_EQ(CascadeNowPlaying::State::kPlaying, now.state);
     EXPECT_STREQ("a.mpg", now.title);
     EXPECT_EQ(first, now.path.Str());
@@ -39,11 +51,11 @@ TEST_F(NowPlayingTest, AGrowingRecordingIsMeasuredAgain)
 {
     const std::string path = MakeFile("a.mpg", 20000);
     Play({path});
-    EXPECT_EQ(20000U, Now().sizeBytes);
+    EXPECT_EQ(20000U, NowOfSize(20000).sizeBytes);
     std::filesystem::resize_file(path, 400000);
     TestDecoder::Pull(20000);
     TestDecoder::Pull(20000);
-    EXPECT_EQ(400000U, Now().sizeBytes);
+    EXPECT_EQ(400000U, NowOfSize(400000).sizeBytes);
 }
 
 TEST_F(NowPlayingTest, WishesGoTheWayOfCommands)
