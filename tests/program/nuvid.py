@@ -27,7 +27,7 @@ os.environ["NUVID_UPNP_INTERFACE"] = "lo" if os.environ.get("NUVID_PRIVATE_NETWO
 SLOW = {"": 1, "address": 3, "thread": 8}[SANITIZE]  # how much longer deadlines are
 
 REPORTS = re.compile(r"AddressSanitizer|LeakSanitizer|ThreadSanitizer|runtime error:|Assertion .* failed|GLib-CRITICAL|G_IS_")
-LISTENS = re.compile(r"External control listens on 127\.0\.0\.1:(\d+)")
+LISTENS = re.compile(r"External control listens on (?:127\.0\.0\.1|\[::1\]):(\d+)")
 
 
 def frames():
@@ -71,18 +71,19 @@ def together(actions, at_once=4):
 
 
 class Player:
-    def __init__(self, *arguments, options=(), tidy=True):
+    def __init__(self, *arguments, options=(), tidy=True, host="127.0.0.1"):
         """`arguments` go to the player, `options` are the host's words beside the usual ones. `tidy`: the
         player must come to its end by "Nuvid quit" with exit code 0."""
         self.folder = tempfile.mkdtemp(prefix="nuvid-test-")
         self.state = os.path.join(self.folder, "state")
         self.tidy = tidy
+        self.host = host
         self.lines = []
         self.port = 0
         self._changed = threading.Condition()
         self._link = None
         self._lock = threading.Lock()
-        command = [PROGRAM, "--headless", "--ecp=127.0.0.1:0", "--volumes=off", f"--state={self.state}", *options, *arguments]
+        command = [PROGRAM, "--headless", f"--ecp=[{host}]:0" if ":" in host else f"--ecp={host}:0", "--volumes=off", f"--state={self.state}", *options, *arguments]
         self.process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         self._reader = threading.Thread(target=self._read, daemon=True)
         self._reader.start()
@@ -129,7 +130,7 @@ class Player:
         with self._lock:
             try:
                 if self._link is None:
-                    with socket.create_connection(("127.0.0.1", self.port), timeout=seconds * SLOW) as connection:
+                    with socket.create_connection((self.host, self.port), timeout=seconds * SLOW) as connection:
                         self._link = connection.makefile("rwb", buffering=0)    # holds the connection open
                 self._link.write(line.encode() + b"\n")
                 reply = self._link.readline()
@@ -259,15 +260,17 @@ class MediaServer(http.server.ThreadingHTTPServer):
     """
     daemon_threads = True
 
-    def __init__(self, folder):
+    def __init__(self, folder, host="127.0.0.1"):
         self.folder = folder
         self.requests = []
         self.released = threading.Event()
-        super().__init__(("127.0.0.1", 0), _Handler)
+        self.address_family = socket.AF_INET6 if ":" in host else socket.AF_INET
+        super().__init__((host, 0), _Handler)
         threading.Thread(target=self.serve_forever, args=(0.05,), daemon=True).start()
 
     def url(self, name):
-        return f"http://127.0.0.1:{self.server_address[1]}/{name}"
+        host = self.server_address[0]
+        return f"http://{f'[{host}]' if ':' in host else host}:{self.server_address[1]}/{name}"
 
     def handle_error(self, request, client_address):
         pass  # a player that hangs up is an ordinary thing

@@ -1,4 +1,5 @@
 """Recordings on web servers: a good one, odd ones, and one that never answers."""
+import http.client
 import http.server
 import os
 import re
@@ -131,6 +132,17 @@ class Http(unittest.TestCase):
             together({way: lambda way=way, starves=starves: play(way, starves) for way, starves in ways.items()})
             # Taken up at the byte where they broke.
             self.assertIn(300000, server.starts)
+
+    def test_the_longer_addresses_do_for_streams_control_and_the_phone_remote(self):
+        with Shelf("mpeg2_mp2.mpg") as shelf, MediaServer(shelf.folder, "::1") as server:
+            with Player("-noresume", server.url("mpeg2_mp2.mpg"), host="::1", options=("--remote=[::1]:0",)) as player:
+                player.wait_stats(lambda s: s["frames_shown"] > 5)
+                remote = int(player.wait_output(re.compile(r"Phone remote: http://\[::1\]:(\d+)/")).group(1))
+                for name, status in ((f"[::1]:{remote}", 200), (f"[::2]:{remote}", 421), ("[::1]:1", 421)):
+                    link = http.client.HTTPConnection("::1", remote, timeout=20 * SLOW)
+                    link.request("GET", "/", headers={"Host": name})
+                    self.assertEqual(link.getresponse().status, status, name)
+                    link.close()
 
     def test_skips_ask_the_server_for_the_place(self):
         with Shelf() as shelf:
