@@ -18,8 +18,20 @@
 #include "host/network/ControlClient.h"
 #include "host/network/ControlServer.h"
 #include "host/network/ControlWords.h"
-#include "tests/network/CascadeInputRecorder.h"
+#include "platform/CascadeInput.h"
+#include "tests/network/FaultyServer.h"
 #include "tests/network/UiThread.h"
+
+// In place of the screen's input: what was dispatched, and whether pressed; of the user-interface thread.
+static std::vector<std::pair<unsigned long, bool>> g_Keys;
+void CascadeInput::DispatchKeyDown(unsigned long key)
+{
+    g_Keys.emplace_back(key, true);
+}
+void CascadeInput::DispatchKeyUp(unsigned long key)
+{
+    g_Keys.emplace_back(key, false);
+}
 
 namespace {
 
@@ -245,7 +257,7 @@ TEST_F(ControlServerTest, LastReplyIsSentBeforeTheEnd)
     EXPECT_EQ(carried, std::vector<std::string> {"Test before"});
 }
 
-TEST_F(ControlServerTest, KeysHelpAndStatistics)
+TEST_F(ControlServerTest, KeysAndStatistics)
 {
     Client client(m_Port);
     EXPECT_EQ(client.Ask("Cascade key select"), "OK");
@@ -255,30 +267,15 @@ TEST_F(ControlServerTest, KeysHelpAndStatistics)
              "Cascade key up down", "Cascade key 65547"}) {
         EXPECT_EQ(client.Ask(bad), "Unknown key") << bad;
     }
+    EXPECT_EQ(client.Ask("Cascade"), "Unknown command");
+    EXPECT_EQ(client.Ask("Cascade screenshot"), "Failed");
     m_Ui.Do([] {
         using Keys = std::vector<std::pair<unsigned long, bool>>;
-        EXPECT_EQ(RecordedKeys(), (Keys {{0x1000B, true}, {0x1000B, false}, {0x1001E, true}, {0x1001E, false}}));
-        RecordedKeys().clear();
-    });
-    EXPECT_EQ(client.Ask("Cascade"), "Unknown command");
-    EXPECT_EQ(client.Ask("Cascade dance"), "Unknown command");
-    EXPECT_EQ(client.Ask("Cascade screenshot"), "Failed");
-    const std::string help = client.Ask("Cascade help");
-    for (const char* const word : {"Cascade keydown NAME|0xCODE", "Cascade stats", "playpause", " Test"}) {
-        EXPECT_NE(help.find(word), std::string::npos) << word;
-    }
-    m_Ui.Do([] {
-        host::Hooks().takeScreenshot = [] { return [] { return std::string("/tmp/one.png"); }; };
-        host::Hooks().decoderStats = [] { return std::string("\"state\":\"playing\""); };
+        EXPECT_EQ(std::exchange(g_Keys, {}), (Keys {{0x1000B, true}, {0x1000B, false}, {0x1001E, true}, {0x1001E, false}}));
         host::Hooks().windowTitles = [] { return std::vector<std::string> {"a \"b\"\\\n", "\xFF"}; };
     });
-    EXPECT_EQ(client.Ask("Cascade screenshot"), "/tmp/one.png");
     const std::string stats = client.Ask("Cascade stats");
-    EXPECT_TRUE(stats.starts_with(R"({"state":"playing","windows":["a \"b\"\\\u000a",")"
-                                  "\xEF\xBF\xBD"
-                                  R"("],"rss_kib":)"))
-        << stats;
-    EXPECT_TRUE(stats.ends_with("}"));
+    EXPECT_NE(stats.find("\"windows\":[\"a \\\"b\\\"\\\\\\u000a\",\"\xEF\xBF\xBD\"],"), std::string::npos) << stats;
     m_Ui.Do([] { host::Hooks() = host::HostHooks(); });
 }
 
@@ -299,16 +296,9 @@ TEST(ControlWords, AreThoseOfTheirPage)
 
 TEST(ControlServices, PortInUseOrAStrangeAddressIsSaidAndOffIsQuiet)
 {
+    const FaultyServer taken([](Wire&, const Asked&, size_t) { });
     UiThread ui;
-    ui.Do([] {
-        const int taken = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof(address);
-        ASSERT_EQ(bind(taken, reinterpret_cast<sockaddr*>(&address), length), 0);
-        ASSERT_EQ(listen(taken, 1), 0);
-        ASSERT_EQ(getsockname(taken, reinterpret_cast<sockaddr*>(&address), &length), 0);
+    ui.Do([&taken] {
         const auto start = [](const std::string& ecp) {
             host::HostOptions options;
             options.ecp = ecp;
@@ -320,10 +310,9 @@ TEST(ControlServices, PortInUseOrAStrangeAddressIsSaidAndOffIsQuiet)
             host::StopNetworkServices();
             return started;
         };
-        EXPECT_FALSE(start("127.0.0.1:" + std::to_string(ntohs(address.sin_port))));
+        EXPECT_FALSE(start(taken.Url("").substr(7)));    // without its scheme
         EXPECT_FALSE(start("example.org:0"));
         EXPECT_TRUE(start("off"));
-        close(taken);
     });
 }
 

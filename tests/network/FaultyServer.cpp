@@ -131,12 +131,6 @@ std::vector<Asked> FaultyServer::Asks() const
     return m_Asks;
 }
 
-bool FaultyServer::WaitForAsks(size_t count) const
-{
-    std::unique_lock lock(m_Mutex);
-    return m_Changed.wait_for(lock, std::chrono::seconds(10), [this, count] { return m_Asks.size() >= count; });
-}
-
 void FaultyServer::Accept()
 {
     while (true) {
@@ -171,7 +165,6 @@ void FaultyServer::Serve(int fd)
             const std::lock_guard lock(m_Mutex);
             number = m_Asks.size();
             m_Asks.push_back(asked);
-            m_Changed.notify_all();
         }
         Wire wire(fd, m_Sent);
         m_Handler(wire, asked, number);
@@ -203,6 +196,12 @@ std::string GoodHead(std::string_view resource, const Asked& asked, const std::s
 std::string_view GoodBody(std::string_view resource, const Asked& asked)
 {
     return resource.substr(std::min<size_t>(asked.from.value_or(0), resource.size()));
+}
+
+void SendGood(Wire& wire, std::string_view resource, const Asked& asked)
+{
+    wire.Send(GoodHead(resource, asked));
+    wire.Send(GoodBody(resource, asked));
 }
 
 uint16_t FreePort()

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <list>
@@ -55,7 +54,6 @@ public:
 
     std::string Url(const std::string& path = "/recording.mpg") const;
     std::vector<Asked> Asks() const;
-    bool WaitForAsks(size_t count) const;    // false: not within ten seconds
     uint64_t Sent() const { return m_Sent; }
 
 private:
@@ -67,7 +65,6 @@ private:
     int m_Listener = -1;
     std::atomic<uint64_t> m_Sent {0};
     mutable std::mutex m_Mutex;
-    mutable std::condition_variable m_Changed;
     std::vector<Asked> m_Asks;    // guarded by m_Mutex
     std::vector<int> m_Fds;    // guarded by m_Mutex; open connections
     std::list<std::thread> m_Serving;    // guarded by m_Mutex
@@ -78,6 +75,7 @@ private:
 // Answers as a good server would: the whole of `resource`, or its rest from the place asked for.
 std::string GoodHead(std::string_view resource, const Asked& asked, const std::string& more = {});
 std::string_view GoodBody(std::string_view resource, const Asked& asked);
+void SendGood(Wire& wire, std::string_view resource, const Asked& asked);
 std::string WholeHead(size_t length, const std::string& more = {});
 
 // A port that was free a moment ago.

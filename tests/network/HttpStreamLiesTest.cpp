@@ -8,78 +8,60 @@
 
 namespace {
 
-struct Lie {
-    const char* name;
-    std::function<void(Wire&, const Asked&)> onRange;
-};
+constexpr const char* kRefusal = "HTTP/1.1 416 Range Not Satisfiable\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
 
-class HttpStreamLies : public ::testing::TestWithParam<Lie> { };
-
-TEST_P(HttpStreamLies, SeeksArriveAtTheRightBytesAllTheSame)
+std::string RangeOf(uint64_t first, uint64_t end)
 {
-    FaultyServer server([](Wire& wire, const Asked& asked, size_t) {
-        if (asked.from) {
-            GetParam().onRange(wire, asked);
-        } else {
-            wire.Send(WholeHead(Noise().size()));
-            wire.Send(Noise());
-        }
-    });
+    return "Content-Range: bytes " + std::to_string(first) + "-" + std::to_string(end - 1) + "/" + std::to_string(Noise().size()) + "\r\n\r\n";
+}
+
+void SendPart(Wire& wire, uint64_t first, uint64_t end, const std::string& said)
+{
+    wire.Send("HTTP/1.1 206 Partial Content\r\nContent-Length: " + std::to_string(end - first) + "\r\nConnection: close\r\n" + said);
+    wire.Send(std::string_view(Noise()).substr(first, end - first));
+}
+
+TEST(HttpStreamLies, SeeksArriveAtTheRightBytesAllTheSame)
+{
     const std::string_view noise = Noise();
-    CascadeHTTPStream stream;
-    ASSERT_TRUE(stream.Open(server.Url().c_str()));
-    ExpectSame(ReadAt(stream, 0, 1000), noise.substr(0, 1000));
-    ExpectSame(ReadAt(stream, 9000000, 300000), noise.substr(9000000, 300000));
-    ExpectSame(ReadAt(stream, 12000000, 300000), noise.substr(12000000, 300000));
-    ExpectSame(ReadAt(stream, 20000, 2000000), noise.substr(20000, 2000000));
-    ExpectSame(ReadAt(stream, noise.size() - 10, 100), noise.substr(noise.size() - 10));
-    EXPECT_TRUE(stream.SeekToPosition(noise.size()));
-    EXPECT_FALSE(stream.SeekToPosition(noise.size() + 1));
-    EXPECT_EQ(stream.GetPosition(), noise.size());
-}
-
-void SendPart(Wire& wire, uint64_t first, const std::string& contentRange)
-{
-    wire.Send("HTTP/1.1 206 Partial Content\r\nContent-Length: " + std::to_string(Noise().size() - first) + "\r\nConnection: close\r\n" + contentRange
-        + "\r\n");
-    wire.Send(std::string_view(Noise()).substr(first));
-}
-
-std::string RangeHeader(uint64_t first)
-{
-    const std::string size = std::to_string(Noise().size());
-    return "Content-Range: bytes " + std::to_string(first) + "-" + std::to_string(Noise().size() - 1) + "/" + size + "\r\n";
-}
-
-INSTANTIATE_TEST_SUITE_P(Lies, HttpStreamLies,
-    ::testing::Values(Lie {"TruthForComparison",
-                          [](Wire& wire, const Asked& asked) {
-                              wire.Send(GoodHead(Noise(), asked));
-                              wire.Send(GoodBody(Noise(), asked));
-                          }},
-        Lie {"EverythingInstead",
-            [](Wire& wire, const Asked&) {
-                wire.Send(WholeHead(Noise().size()));
-                wire.Send(Noise());
+    const size_t size = noise.size();
+    const std::pair<const char*, std::function<void(Wire&, uint64_t from)>> kLies[] = {
+        {"everything instead",
+            [&](Wire& wire, uint64_t) {
+                wire.Send(WholeHead(size));
+                wire.Send(noise);
             }},
-        Lie {"BeginsEarlier", [](Wire& wire, const Asked& asked) { SendPart(wire, *asked.from / 2, RangeHeader(*asked.from / 2)); }},
-        Lie {"BeginsLater",
-            [](Wire& wire, const Asked& asked) { SendPart(wire, std::min(*asked.from + 5, Noise().size()), RangeHeader(*asked.from + 5)); }},
-        Lie {"DoesNotSayWhereItBegins", [](Wire& wire, const Asked& asked) { SendPart(wire, *asked.from, ""); }},
-        Lie {"RefusesWhatItHas",
-            [](Wire& wire, const Asked&) { wire.Send("HTTP/1.1 416 Range Not Satisfiable\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"); }},
-        Lie {"PieceByPiece",
-            [](Wire& wire, const Asked& asked) {
-                const uint64_t last = std::min(*asked.from + 99999, Noise().size() - 1);
-                if (*asked.from >= Noise().size()) {
-                    wire.Send(GoodHead(Noise(), asked));
-                    return;
-                }
-                wire.Send("HTTP/1.1 206 Partial Content\r\nContent-Length: " + std::to_string(last + 1 - *asked.from) + "\r\nContent-Range: bytes "
-                    + std::to_string(*asked.from) + "-" + std::to_string(last) + "/" + std::to_string(Noise().size())
-                    + "\r\nConnection: close\r\n\r\n");
-                wire.Send(std::string_view(Noise()).substr(*asked.from, last + 1 - *asked.from));
-            }}),
-    [](const ::testing::TestParamInfo<Lie>& lie) { return lie.param.name; });
+        {"begins earlier", [&](Wire& wire, uint64_t from) { SendPart(wire, from / 2, size, RangeOf(from / 2, size)); }},
+        {"begins later", [&](Wire& wire, uint64_t from) { SendPart(wire, std::min(from + 5, size), size, RangeOf(from + 5, size)); }},
+        {"does not say where it begins", [&](Wire& wire, uint64_t from) { SendPart(wire, from, size, "\r\n"); }},
+        {"refuses what it has", [](Wire& wire, uint64_t) { wire.Send(kRefusal); }},
+        {"piece by piece",
+            [&](Wire& wire, uint64_t from) {
+                const uint64_t end = std::min(from + 100000, size);
+                from < size ? SendPart(wire, from, end, RangeOf(from, end)) : static_cast<void>(wire.Send(kRefusal));
+            }},
+    };
+    for (const auto& [name, onRange] : kLies) {
+        SCOPED_TRACE(name);
+        FaultyServer server([&](Wire& wire, const Asked& asked, size_t) {
+            if (asked.from) {
+                onRange(wire, *asked.from);
+            } else {
+                wire.Send(WholeHead(size));
+                wire.Send(noise);
+            }
+        });
+        CascadeHTTPStream stream;
+        ASSERT_TRUE(stream.Open(server.Url().c_str()));
+        ExpectSame(ReadAt(stream, 0, 1000), noise.substr(0, 1000));
+        ExpectSame(ReadAt(stream, 9000000, 300000), noise.substr(9000000, 300000));
+        ExpectSame(ReadAt(stream, 12000000, 300000), noise.substr(12000000, 300000));
+        ExpectSame(ReadAt(stream, 20000, 2000000), noise.substr(20000, 2000000));
+        ExpectSame(ReadAt(stream, size - 10, 100), noise.substr(size - 10));
+        EXPECT_TRUE(stream.SeekToPosition(size));
+        EXPECT_FALSE(stream.SeekToPosition(size + 1));
+        EXPECT_EQ(stream.GetPosition(), size);
+    }
+}
 
 }    // namespace

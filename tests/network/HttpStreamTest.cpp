@@ -43,14 +43,6 @@ extern "C" int getaddrinfo(const char* node, const char*, const addrinfo*, addri
 
 namespace {
 
-FaultyServer::Handler Good(std::string_view resource)
-{
-    return [resource](Wire& wire, const Asked& asked, size_t) {
-        wire.Send(GoodHead(resource, asked));
-        wire.Send(GoodBody(resource, asked));
-    };
-}
-
 // Sends the first `sent` bytes and then nothing until the test opens the gate.
 class HeldServer {
 public:
@@ -81,7 +73,7 @@ private:
 
 TEST(HttpStream, SeekInsideTheWindowAsksNothing)
 {
-    FaultyServer server(Good(Noise()));
+    FaultyServer server([](Wire& wire, const Asked& asked, size_t) { SendGood(wire, Noise(), asked); });
     CascadeHTTPStream stream;
     ASSERT_TRUE(stream.Open(server.Url().c_str()));
     EXPECT_EQ(stream.GetSize(), Noise().size());
@@ -172,7 +164,7 @@ TEST(HttpStream, InterruptedReadTakesNothingAndCanBeAskedAgain)
 
 TEST(HttpStream, WaitOnTheUserInterfaceThreadKeepsItTurning)
 {
-    UiHere ui;
+    FakeUiLoop loop;
     HeldServer held(1000);
     CascadeHTTPStream stream;
     ASSERT_TRUE(stream.Open(held.Server().Url().c_str()));
@@ -185,12 +177,12 @@ TEST(HttpStream, WaitOnTheUserInterfaceThreadKeepsItTurning)
     });
     EXPECT_TRUE(Read(stream, 100000) == Noise().substr(0, 100000));
     EXPECT_EQ(depth, 1);
-    EXPECT_GT(ui.Loop().Turns(), 0);
+    EXPECT_GT(loop.turns, 0);
 }
 
 TEST(HttpStream, EndOfTheUserInterfacesWaitEndsReadAndOpen)
 {
-    UiHere ui;
+    FakeUiLoop loop;
     HeldServer held(1000);
     CascadeHTTPStream stream;
     ASSERT_TRUE(stream.Open(held.Server().Url().c_str()));
@@ -217,7 +209,7 @@ TEST(HttpStream, DestructionDoesNotWaitForANameLookup)
         g_Lookup.shut = true;
     }
     {
-        UiHere ui;
+        FakeUiLoop loop;
         std::thread ender([] {
             std::unique_lock lock(g_Lookup.mutex);
             g_Lookup.changed.wait(lock, [] { return g_Lookup.inside > 0; });
@@ -274,8 +266,7 @@ TEST(HttpStream, StandsReadyAgainAfterAnotherOpen)
 {
     FaultyServer server([](Wire& wire, const Asked& asked, size_t) {
         const std::string_view resource = std::string_view(Noise()).substr(asked.target == "/one" ? 0 : 5000, 4000);
-        wire.Send(GoodHead(resource, asked));
-        wire.Send(GoodBody(resource, asked));
+        SendGood(wire, resource, asked);
     });
     CascadeHTTPStream stream;
     EXPECT_EQ(stream.GetSize() + stream.GetPosition(), 0u);
@@ -286,6 +277,10 @@ TEST(HttpStream, StandsReadyAgainAfterAnotherOpen)
     EXPECT_EQ(stream.GetPosition(), 0u);
     EXPECT_EQ(Read(stream, 5000), Noise().substr(5000, 4000));
     EXPECT_EQ(server.Asks()[1].target, "/two%20words");
+    // An upper-case scheme means the same, and what is already encoded is left alone.
+    ASSERT_TRUE(stream.Open(("HTTP" + server.Url("/f\xC3\xBCnf%20es").substr(4)).c_str()));
+    EXPECT_EQ(Read(stream, 5000), Noise().substr(5000, 4000));
+    EXPECT_STRCASEEQ(server.Asks().back().target.c_str(), "/f%C3%BCnf%20es");
 }
 
 }    // namespace
