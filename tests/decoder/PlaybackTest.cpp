@@ -2,9 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <map>
-#include <sstream>
+#include <fstream>
 
 #include <malloc.h>
 
@@ -17,26 +15,16 @@ namespace {
 using namespace std::chrono_literals;
 using test::FakeUi;
 using test::Feeder;
-using test::JoinedBytes;
 
 std::string Fixture(const std::string& name)
 {
     return std::string(NUVID_FIXTURES) + "/" + name;
 }
 
-// What frames.txt says a full decode of the file counts.
-int FramesOf(const std::string& name)
+std::string BytesOf(const std::string& name)
 {
-    std::ifstream list(Fixture("frames.txt"));
-    std::string file;
-    int frames = 0;
-    while (list >> file >> frames) {
-        if (file == name) {
-            return frames;
-        }
-    }
-    ADD_FAILURE() << name << " is not in frames.txt";
-    return -1;
+    std::ifstream file(Fixture(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 struct Streams {
@@ -100,45 +88,6 @@ protected:
     FakeUi ui;
 };
 
-struct WholeFile {
-    const char* name;
-    const char* video;
-    const char* audio;    // null: none
-    int perFrame;         // pictures shown of one coded frame
-};
-
-class WholeFiles : public Playback, public testing::WithParamInterface<WholeFile> {};
-
-TEST_P(WholeFiles, ShowEveryPictureInStepWithTheSound)
-{
-    const WholeFile& file = GetParam();
-    JoinedBytes bytes;
-    bytes.Add(Fixture(file.name));
-    Feeder feeder(bytes.Bytes());
-    ASSERT_TRUE(StartOn(feeder, Scan(Fixture(file.name))));
-    const size_t pictures = static_cast<size_t>(FramesOf(file.name) * file.perFrame);
-    PlayOut(feeder, pictures);
-    ExpectWhole(pictures);
-    EXPECT_NE(FakeUi::Stats().find(std::string("\"codec\":\"") + file.video + "\""), std::string::npos) << FakeUi::Stats();
-    if (file.audio != nullptr) {
-        EXPECT_NE(FakeUi::Stats().find(std::string("\"codec\":\"") + file.audio + "\""), std::string::npos) << FakeUi::Stats();
-        ExpectInStep();
-    }
-    EXPECT_FALSE(feeder.HadError());
-    EXPECT_EQ(FakeUi::Number("bytes_fed"), bytes.Bytes().size());
-}
-
-INSTANTIATE_TEST_SUITE_P(Kinds, WholeFiles,
-                         testing::Values(WholeFile{"mpeg1_mp2.mpg", "mpeg1video", "mp2", 1}, WholeFile{"mpeg2_dts.vob", "mpeg2video", "dts", 1}, WholeFile{"ts_1080i.ts", "mpeg2video", "ac3", 2},
-                                         WholeFile{"ts_h264_aac.ts", "h264", "aac", 1}, WholeFile{"wrap.mpg", "mpeg2video", "mp2", 1}, WholeFile{"wrap.ts", "mpeg2video", "mp2", 1},
-                                         WholeFile{"video_only.mpg", "mpeg2video", nullptr, 1}, WholeFile{"resolution_change.ts", "mpeg2video", "mp2", 1},
-                                         WholeFile{"single_iframe.mpg", "mpeg2video", nullptr, 1}, WholeFile{"stills.mpg", "mpeg2video", "mp2", 1}),
-                         [](const auto& tested) {
-                             std::string name = tested.param.name;
-                             std::replace(name.begin(), name.end(), '.', '_');
-                             return name;
-                         });
-
 TEST_F(Playback, EverySoundTrackIsFoundByItsIdentifier)
 {
     struct Track {
@@ -146,11 +95,11 @@ TEST_F(Playback, EverySoundTrackIsFoundByItsIdentifier)
         unsigned index;
         const char* codec;
     };
-    for (const Track& track : {Track{"mpeg2_ac3x2.vob", 1, "ac3"}, Track{"mpeg2_lpcm.vob", 0, "pcm_dvd"}, Track{"ts_2audio.ts", 1, "mp2"}, Track{"ts_192byte.ts", 0, "mp2"}}) {
+    const Track tracks[] = {{"mpeg2_ac3x2.vob", 1, "ac3"}, {"mpeg2_dts.vob", 0, "dts"}, {"mpeg2_lpcm.vob", 0, "pcm_dvd"}, {"ts_2audio.ts", 1, "mp2"}, {"ts_192byte.ts", 0, "mp2"},
+                            {"ts_h264_aac.ts", 0, "aac"}};
+    for (const Track& track : tracks) {
         SCOPED_TRACE(track.file);
-        JoinedBytes bytes;
-        bytes.Add(Fixture(track.file));
-        Feeder feeder(bytes.Bytes());
+        Feeder feeder(BytesOf(track.file));
         ASSERT_TRUE(StartOn(feeder, Scan(Fixture(track.file), 0, track.index)));
         ASSERT_TRUE(ui.RunUntil([&] { return Number("frames_shown") >= 25; }, 5s)) << FakeUi::Stats();
         EXPECT_NE(FakeUi::Stats().find(std::string("\"codec\":\"") + track.codec + "\""), std::string::npos) << FakeUi::Stats();
@@ -161,11 +110,7 @@ TEST_F(Playback, EverySoundTrackIsFoundByItsIdentifier)
 
 TEST_F(Playback, JoinedRecordingsWithClocksOfTheirOwnPlayAsOne)
 {
-    JoinedBytes bytes;
-    for (const char* name : {"parts/clip3.mpg", "parts/clip1.mpg", "parts/clip2.mpg"}) {
-        bytes.Add(Fixture(name));
-    }
-    Feeder feeder(bytes.Bytes());
+    Feeder feeder(BytesOf("parts/clip3.mpg") + BytesOf("parts/clip1.mpg") + BytesOf("parts/clip2.mpg"));
     ASSERT_TRUE(StartOn(feeder, Scan(Fixture("parts/clip1.mpg"))));
     PlayOut(feeder, 150);
     ExpectWhole(150);
@@ -174,43 +119,9 @@ TEST_F(Playback, JoinedRecordingsWithClocksOfTheirOwnPlayAsOne)
     EXPECT_NEAR(FakeUi::Number("clock_s"), 6.0, 0.001);    // no gap and no overlap in the time line
 }
 
-TEST_F(Playback, BytesThatAreCutAnywherePlayLikeTheWholeFile)
-{
-    JoinedBytes bytes;
-    for (const char* name : {"parts_cut/rec_1.ts", "parts_cut/rec_2.ts", "parts_cut/rec_3.ts"}) {
-        bytes.Add(Fixture(name));
-    }
-    Feeder feeder(bytes.Bytes());
-    ASSERT_TRUE(StartOn(feeder, Scan(Fixture("parts_cut_whole.ts"))));
-    const auto pictures = static_cast<size_t>(FramesOf("parts_cut_whole.ts"));
-    PlayOut(feeder, pictures);
-    ExpectWhole(pictures);
-}
-
-TEST_F(Playback, SoundWithoutPicturesPlaysAndTakesTheOldPictureAway)
-{
-    JoinedBytes picture;
-    picture.Add(Fixture("mpeg1_mp2.mpg"));
-    JoinedBytes sound;
-    sound.Add(Fixture("audio_only.ts"));
-    Feeder feeder(picture.Bytes());
-    ASSERT_TRUE(StartOn(feeder, Scan(Fixture("mpeg1_mp2.mpg"))));
-    ASSERT_TRUE(ui.RunUntil([&] { return ui.Count() > 3; }, 5s));
-    EXPECT_FALSE(ui.IsBlack());
-    feeder.Close();
-
-    Feeder second(sound.Bytes());
-    ASSERT_TRUE(StartOn(second, Scan(Fixture("audio_only.ts"))));
-    EXPECT_TRUE(ui.RunUntil([&] { return FakeUi::Number("clock_s") > 0.5; }, 5s));
-    EXPECT_EQ(FakeUi::Number("frames_shown"), 0);
-    second.Close();
-}
-
 TEST_F(Playback, PauseHoldsThePictureAndResumeGoesOnThere)
 {
-    JoinedBytes bytes;
-    bytes.Add(Fixture("mpeg2_mp2.mpg"));
-    Feeder feeder(bytes.Bytes());
+    Feeder feeder(BytesOf("mpeg2_mp2.mpg"));
     ASSERT_TRUE(StartOn(feeder, Scan(Fixture("mpeg2_mp2.mpg"))));
     ASSERT_TRUE(ui.RunUntil([&] { return ui.Count() >= 20; }, 5s));
     const host::Clock::time_point before = host::Clock::now();
@@ -221,24 +132,22 @@ TEST_F(Playback, PauseHoldsThePictureAndResumeGoesOnThere)
     EXPECT_LE(ui.Count(), count + 1);
     EXPECT_NE(FakeUi::Stats().find("\"state\":\"paused\""), std::string::npos);
     ASSERT_TRUE(feeder.ResumeStreaming(true));
-    const auto pictures = static_cast<size_t>(FramesOf("mpeg2_mp2.mpg"));
-    PlayOut(feeder, pictures);
-    ExpectWhole(pictures);
+    PlayOut(feeder, 125);
+    ExpectWhole(125);
     ExpectInStep();
 }
 
 TEST_F(Playback, ReopeningElsewhereShowsAPictureOfThereSoonAndBlackFollowsAClose)
 {
-    JoinedBytes bytes;
-    bytes.Add(Fixture("parts_long_whole.mpg"));
+    const std::string bytes = BytesOf("parts_long_whole.mpg");
     const Streams streams = Scan(Fixture("parts_long_whole.mpg"));
-    Feeder feeder(bytes.Bytes());
+    Feeder feeder(bytes);
     ASSERT_TRUE(StartOn(feeder, streams));
     ASSERT_TRUE(ui.RunUntil([&] { return ui.Count() >= 5; }, 5s));
     for (const size_t part : {6, 2, 4}) {
         feeder.PauseStreaming();
         feeder.Close();
-        feeder.SeekTo(bytes.Bytes().size() * part / 8 / 2048 * 2048);
+        feeder.SeekTo(bytes.size() * part / 8 / 2048 * 2048);
         const size_t count = ui.Count();
         ASSERT_TRUE(StartOn(feeder, streams));
         ASSERT_TRUE(ui.RunUntil([&] { return ui.Count() > count; }, 5s));
@@ -254,77 +163,19 @@ TEST_F(Playback, ReopeningElsewhereShowsAPictureOfThereSoonAndBlackFollowsAClose
     EXPECT_TRUE(ui.RunUntil([&] { return ui.IsBlack(); }, 5s));
 }
 
-TEST_F(Playback, BytesThatComeAfterTheEndPlayToo)
-{
-    JoinedBytes first;
-    first.Add(Fixture("parts/clip1.mpg"));
-    JoinedBytes more;
-    more.Add(Fixture("parts/clip2.mpg"));
-    Feeder feeder(first.Bytes());
-    ASSERT_TRUE(StartOn(feeder, Scan(Fixture("parts/clip1.mpg"))));
-    PlayOut(feeder, 50);
-    ASSERT_EQ(FakeUi::Number("frames_shown") + FakeUi::Number("frames_dropped"), 50);
-    feeder.PauseStreaming();
-    feeder.Append(more.Bytes());
-    feeder.ResumeStreaming(true);
-    PlayOut(feeder, 100);
-    ExpectWhole(100);
-}
-
-TEST_F(Playback, OtherProgramsAndSoundTracksAreTakenAtOnce)
-{
-    JoinedBytes bytes;
-    bytes.Add(Fixture("ts_2programs.ts"));
-    const Streams one = Scan(Fixture("ts_2programs.ts"), 0);
-    const Streams two = Scan(Fixture("ts_2programs.ts"), 1);
-    EXPECT_NE(one.video, two.video);
-    EXPECT_NE(one.audio, two.audio);
-    Feeder feeder(bytes.Bytes());
-    ASSERT_TRUE(StartOn(feeder, one));
-    ASSERT_TRUE(ui.RunUntil([&] { return ui.Count() >= 10; }, 5s));
-    ASSERT_TRUE(feeder.SelectPIDs(false, two.video, two.video, two.audio, 0, false));
-    PlayOut(feeder, 60);
-    EXPECT_TRUE(ui.RunUntil([&] { return Number("frames_shown") + Number("frames_dropped") == Number("frames_decoded"); }, 10s));
-    const size_t shown = ui.Count();
-    EXPECT_GT(shown, 40u);
-    EXPECT_LE(shown, 100u);
-    EXPECT_EQ(ui.Shown().back().look, ui.Shown()[shown - 3].look) << "the second program's bars stand still";
-    EXPECT_NE(ui.Shown()[3].look, ui.Shown()[5].look) << "the first program's picture moves";
-
-    Feeder silent(bytes.Bytes());    // a video identifier that carries sound shows nothing
-    ASSERT_TRUE(silent.Start(false, one.audio, one.audio));
-    const size_t count = ui.Count();
-    EXPECT_TRUE(ui.RunUntil([&] { return FakeUi::Number("clock_s") > 0.3; }, 5s));
-    EXPECT_EQ(ui.Count(), count);
-}
-
 TEST_F(Playback, AskedVideoThatIsNotThereGivesWayToTheOnlyOneThereIs)
 {
-    JoinedBytes bytes;
-    bytes.Add(Fixture("mpeg1_mp2.mpg"));
-    Feeder feeder(bytes.Bytes());
+    Feeder feeder(BytesOf("mpeg1_mp2.mpg"));
     ASSERT_TRUE(feeder.Start(true, 0xE2, 0xC0));
     EXPECT_TRUE(ui.RunUntil([&] { return ui.Count() >= 10; }, 5s));
 }
 
-TEST_F(Playback, DamagedFilesPlayWhatTheyHoldAndEnd)
+TEST_F(Playback, WhatIsNoRecordingEndsLikeAnyOther)
 {
-    for (const char* name : {"bad/bitflips.mpg", "bad/bitflips.ts", "bad/truncated.mpg", "bad/scrambled.ts", "bad/pmt_promises.ts", "tiny.mpg"}) {
-        SCOPED_TRACE(name);
-        JoinedBytes bytes;
-        bytes.Add(Fixture(name));
-        Feeder feeder(bytes.Bytes().substr(0, 900000));
-        const Streams streams = Scan(Fixture(name));
-        ASSERT_TRUE(StartOn(feeder, streams));
-        EXPECT_TRUE(ui.RunUntil([&] { return feeder.AllTaken(); }, 20s));
-        EXPECT_FALSE(feeder.HadError());
-    }
     for (const char* name : {"bad/random.mpg", "bad/text.mpg", "bad/jpeg.mpg", "bad/empty.mpg"}) {
         SCOPED_TRACE(name);
-        JoinedBytes bytes;
-        bytes.Add(Fixture(name));
         for (const bool program : {true, false}) {
-            Feeder feeder(bytes.Bytes());
+            Feeder feeder(BytesOf(name));
             ASSERT_TRUE(feeder.Start(program, 0xE0, 0xC0));
             EXPECT_TRUE(ui.RunUntil([&] { return feeder.AllTaken(); }, 20s));
             EXPECT_FALSE(feeder.HadError());
@@ -353,8 +204,7 @@ TEST_F(Playback, StreamThatIsNotWhatItsTableSaysDoesNotPileUp)
 {
     // The first packets hold the tables; then 40 MB under the video's identifier in which no picture ever begins.
     constexpr size_t kPacket = 188;
-    std::ifstream file(Fixture("video_only.ts"), std::ios::binary);
-    const std::string real((std::istreambuf_iterator<char>(file)), {});
+    const std::string real = BytesOf("video_only.ts");
     size_t tables = 0;
     while ((real[tables + 1] & 0x1F) != 0x01 || real[tables + 2] != 0) {    // up to the first packet of 0x100
         tables += kPacket;
@@ -376,20 +226,6 @@ TEST_F(Playback, StreamThatIsNotWhatItsTableSaysDoesNotPileUp)
     ASSERT_TRUE(ui.RunUntil([&] { return Number("frames_shown") > 10; }, 30s)) << FakeUi::Stats();
     EXPECT_GE(Number("bytes_fed"), static_cast<double>(lead));
     EXPECT_LE(feeder.Most(), before.uordblks + before.hblkhd + (24u << 20));
-}
-
-TEST_F(Playback, DeinterlacingCanBeTurnedOff)
-{
-    host::HostOptions options;
-    options.headless = true;
-    options.deinterlace = host::Deinterlace::kOff;
-    host::SetCurrentHostOptions(options);
-    JoinedBytes bytes;
-    bytes.Add(Fixture("ts_1080i.ts"));
-    Feeder feeder(bytes.Bytes().substr(0, 3000000));
-    ASSERT_TRUE(StartOn(feeder, Scan(Fixture("ts_1080i.ts"))));
-    PlayOut(feeder, 25);
-    EXPECT_TRUE(ui.RunUntil([&] { return Number("frames_shown") + Number("frames_dropped") == Number("frames_decoded"); }, 10s)) << FakeUi::Stats();
 }
 
 }    // namespace
