@@ -161,21 +161,4 @@ TEST_F(CascadeFileStreamTest, GivesLinesWithoutTheirEnds)
     EXPECT_FALSE(stream.GetLine(line));    // no empty line after the last line end
 }
 
-TEST_F(CascadeFileStreamTest, KeepsMetadata)
-{
-    CascadeString value("untouched");
-    EXPECT_FALSE(stream.LookupMetadata("title", value));
-    EXPECT_EQ(value, "untouched");
-    stream.AddMetadata("title", "first");
-    stream.AddMetadata("title", "second");
-    stream.AddMetadata("other", nullptr);
-    EXPECT_TRUE(stream.LookupMetadata("title", value));
-    EXPECT_EQ(value, "second");
-    stream.RemoveMetadata("title");
-    EXPECT_FALSE(stream.LookupMetadata("title", value));
-    EXPECT_TRUE(stream.LookupMetadata("other", value));
-    stream.RemoveAllMetadata();
-    EXPECT_FALSE(stream.LookupMetadata("other", value));
-}
-
 }    // namespace

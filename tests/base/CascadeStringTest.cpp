@@ -49,18 +49,6 @@ TEST(CascadeStringTest, ComparesBytesAndFoldsAsciiLettersOnly)
     }
 }
 
-TEST(CascadeStringTest, FindsPartsAnywhere)
-{
-    const CascadeString text("http-get:*:Video/MPEG:*");
-    EXPECT_TRUE(text.Contains("video/mpeg", false));
-    EXPECT_FALSE(text.Contains("video/mpeg", true));
-    EXPECT_TRUE(text.Contains("MPEG:*", true));
-    EXPECT_TRUE(text.Contains("", false));
-    EXPECT_TRUE(CascadeString().Contains(nullptr, true));
-    EXPECT_FALSE(CascadeString("aab").Contains("aabb", false));
-    EXPECT_TRUE(CascadeString("aaab").Contains("AAB", false));
-}
-
 TEST(CascadeStringTest, ClampsPositionsAndKeepsItsBytes)
 {
     const CascadeString text("name.vob");
@@ -75,13 +63,6 @@ TEST(CascadeStringTest, ClampsPositionsAndKeepsItsBytes)
     CascadeString self("ab");
     self += self;    // the argument points into the text that grows
     EXPECT_EQ(self, "abab");
-}
-
-TEST(CascadeStringTest, FormatsTextsOfAnyLength)
-{
-    const std::string path(5000, 'p');
-    EXPECT_EQ(CascadeString::Format("%s@%lld\n", path.c_str(), 5000000000LL), path + "@5000000000\n");
-    EXPECT_EQ(CascadeString::Format("%s", ""), "");
 }
 
 TEST(CascadeTokenArrayTest, DropsEmptyPieces)

@@ -57,15 +57,6 @@ TEST(HostOptionsTest, NamesTheWordThatIsWrong)
     EXPECT_THAT(Parse({"--ecp=first", "--window=second"}).error, testing::HasSubstr("first"));
 }
 
-TEST(HostOptionsTest, TheProgramsNameIsNoOption)
-{
-    const char* const words[] = {"--help"};
-    const host::ParsedCommandLine parsed = host::ParseHostOptions(1, words);
-    EXPECT_FALSE(parsed.options.help);
-    EXPECT_EQ(parsed.rest.size(), 1U);
-    EXPECT_TRUE(host::ParseHostOptions(0, nullptr).rest.empty());
-}
-
 class HostFolderTest : public ::testing::Test {
 protected:
     HostFolderTest()

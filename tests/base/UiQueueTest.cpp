@@ -20,12 +20,21 @@ Clock::time_point Deadline()
     return Clock::now() + std::chrono::seconds(60);
 }
 
+bool Never()
+{
+    return false;
+}
+
+bool Already()
+{
+    return true;
+}
+
 WaitResult WaitForever(host::Waiter& waiter)
 {
     std::mutex mutex;
     std::unique_lock lock(mutex);
-    return waiter.Wait(
-        lock, [] { return false; }, Deadline());
+    return waiter.Wait(lock, Never, Deadline());
 }
 
 TEST(UiQueueTest, RunsInOrderWhatWasQueuedAndLeavesWhatThatQueues)
@@ -61,28 +70,18 @@ TEST(WaiterTest, AnswersDoneTimedOutOrInterrupted)
     host::Waiter waiter;
     std::mutex mutex;
     std::unique_lock lock(mutex);
-    EXPECT_EQ(waiter.Wait(
-                  lock, [] { return true; }, Clock::time_point::min()),
-        WaitResult::kDone);
-    EXPECT_EQ(waiter.Wait(
-                  lock, [] { return false; }, Clock::now()),
-        WaitResult::kTimedOut);
+    EXPECT_EQ(waiter.Wait(lock, Already, Clock::time_point::min()), WaitResult::kDone);
+    EXPECT_EQ(waiter.Wait(lock, Never, Clock::now()), WaitResult::kTimedOut);
     EXPECT_TRUE(lock.owns_lock());
 
     host::InterruptToken token;
     const host::InterruptToken::Scope scope(&token);
     token.Interrupt();
-    EXPECT_EQ(waiter.Wait(
-                  lock, [] { return false; }, Deadline()),
-        WaitResult::kInterrupted);
-    EXPECT_EQ(waiter.Wait(
-                  lock, [] { return true; }, Deadline()),
-        WaitResult::kDone);
+    EXPECT_EQ(waiter.Wait(lock, Never, Deadline()), WaitResult::kInterrupted);
+    EXPECT_EQ(waiter.Wait(lock, Already, Deadline()), WaitResult::kDone);
     EXPECT_TRUE(token.IsInterrupted());
     token.Reset();
-    EXPECT_EQ(waiter.Wait(
-                  lock, [] { return false; }, Clock::now()),
-        WaitResult::kTimedOut);
+    EXPECT_EQ(waiter.Wait(lock, Never, Clock::now()), WaitResult::kTimedOut);
 }
 
 TEST(WaiterTest, ATokenCountsOnItsThreadAndInItsScope)
@@ -190,9 +189,7 @@ TEST(UiWaitTest, TheLoopTurnsWhileTheThreadWaits)
     EXPECT_GT(loop.turns, 0);
     EXPECT_EQ(depth, 1);
     EXPECT_EQ(host::UiWaitDepth(), 0);
-    EXPECT_EQ(waiter.Wait(
-                  lock, [] { return false; }, Clock::now()),
-        WaitResult::kTimedOut);
+    EXPECT_EQ(waiter.Wait(lock, Never, Clock::now()), WaitResult::kTimedOut);
 }
 
 TEST(UiWaitTest, EndingAWaitEndsAllWaitsOfTheSameEvent)
@@ -212,18 +209,14 @@ TEST(UiWaitTest, EndingAWaitEndsAllWaitsOfTheSameEvent)
     host::ClearUiWaitEnd();
     std::mutex mutex;
     std::unique_lock lock(mutex);
-    EXPECT_EQ(waiter.Wait(
-                  lock, [] { return false; }, Clock::now()),
-        WaitResult::kTimedOut);
+    EXPECT_EQ(waiter.Wait(lock, Never, Clock::now()), WaitResult::kTimedOut);
 
     // What ends the user-interface thread's wait does not touch another thread's.
     host::EndUiWait();
     std::thread([&] {
         std::mutex own;
         std::unique_lock ownLock(own);
-        EXPECT_EQ(waiter.Wait(
-                      ownLock, [] { return false; }, Clock::now()),
-            WaitResult::kTimedOut);
+        EXPECT_EQ(waiter.Wait(ownLock, Never, Clock::now()), WaitResult::kTimedOut);
     }).join();
 }
 
