@@ -8,21 +8,6 @@ namespace {
 
 constexpr std::array<uint8_t, 6> kBytes = {0x81, 0x02, 'a', 'b', 0x00, 0xFF};
 
-TEST(ByteReader, ReadsBothByteOrders)
-{
-    ByteReader reader(kBytes);
-    EXPECT_EQ(reader.U8(0), 0x81);
-    EXPECT_EQ(reader.BE16(0), 0x8102);
-    EXPECT_EQ(reader.LE16(0), 0x0281);
-    EXPECT_EQ(reader.BE32(2), 0x616200FFU);
-    EXPECT_EQ(reader.LE32(2), 0xFF006261U);
-    EXPECT_EQ(reader.Text(2), "ab");
-    EXPECT_EQ(reader.Text(5), "\xFF");    // ended by the end
-    EXPECT_EQ(reader.Text(6), "");
-    EXPECT_EQ(reader.Sub(2, 4).BE16(2), 0x00FF);
-    EXPECT_FALSE(reader.Overrun());
-}
-
 TEST(ByteReader, LatchesWhatDoesNotFit)
 {
     const auto overruns = [](auto read) {
