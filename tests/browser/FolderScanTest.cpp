@@ -132,15 +132,6 @@ TEST_F(FolderScanTest, LinksAndSpecialFilesAreTakenForWhatTheyAre)
     EXPECT_EQ("real", Names(listing).front());
 }
 
-TEST_F(FolderScanTest, NamesOfAnyBytesAreKept)
-{
-    const std::string longest = std::string(251, 'n') + ".mpg";
-    for (const std::string& name : {longest, std::string("two\nlines.mpg"), std::string("bad \xFF\xFE.mpg"), std::string("日本.mpg")}) {
-        m_Folder.Write(name, "x");
-        EXPECT_NE(nullptr, Find(Scan(2), name));
-    }
-}
-
 TEST_F(FolderScanTest, SaysWhyThereIsNothing)
 {
     EXPECT_EQ(FolderListing::kRead, Scan().state);

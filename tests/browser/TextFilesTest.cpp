@@ -54,15 +54,6 @@ TEST(FolderConfig, OnlyWholeLinesChoose)
     EXPECT_EQ(2, FolderConfig::Parse("filter=sequencesize").filter);
 }
 
-TEST(FolderConfig, IsReadFromTheFolderAlone)
-{
-    const TemporaryFolder folder;
-    folder.Write("folder.cfg", "filter=size\r\npassword=x\r\n");
-    EXPECT_EQ(3, FolderConfig::Read((folder / "").c_str()).filter);
-    EXPECT_STREQ("x", FolderConfig::Read((folder / "").c_str()).password);
-    EXPECT_EQ(FolderConfig::kNotSaid, FolderConfig::Read((folder / "sub/").c_str()).filter);
-}
-
 // The example of the page about files, by the language of its block.
 std::string DocumentedExample(const std::string& language)
 {
