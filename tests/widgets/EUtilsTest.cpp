@@ -97,15 +97,6 @@ TEST_F(EUtilsTest, HugeNamesAreTrimmedInNoTime)
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
 }
 
-TEST_F(EUtilsTest, TheLargestFittingCountIsFoundWhereverItIs)
-{
-    for (size_t max : {0U, 1U, 15U, 16U, 17U, 1000U}) {
-        for (size_t limit = 0; limit <= max; ++limit) {
-            EXPECT_EQ(EUtils::LargestFitting(max, [&](size_t n) { return n <= limit; }), limit) << max;
-        }
-    }
-}
-
 TEST_F(EUtilsTest, WrappedTextIsAsHighAsItsLines)
 {
     const struct {
