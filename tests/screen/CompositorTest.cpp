@@ -1,10 +1,6 @@
 #include "tests/screen/LoopFixture.h"
 
 #include <cstdlib>
-#include <filesystem>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "host/base/HostHooks.h"
 #include "host/base/ScreenFeed.h"
@@ -359,27 +355,3 @@ TEST_F(CompositorTest, OutputsOfAnySizeAreDrawnToTheirEdges)
     }
 }
 
-TEST_F(CompositorTest, ScreenshotsAreFilesOfTheirOwn)
-{
-    char folder[] = "/tmp/nuvid-screen-XXXXXX";
-    ASSERT_NE(nullptr, mkdtemp(folder));
-    host::HostOptions options = host::CurrentHostOptions();
-    options.stateFolder = folder;
-    host::SetCurrentHostOptions(options);
-    PlainSource source;
-    ShowGreen(source);
-    Settle();
-    const std::string first = host::Hooks().takeScreenshot()();
-    const std::string second = host::Hooks().takeScreenshot()();
-    EXPECT_NE(first, second);
-    CascadeBitmap read;
-    ASSERT_TRUE(read.CreateFromFile(first.c_str()));
-    EXPECT_EQ((CascadeDims {1280, 720}), read.GetDims());
-    EXPECT_TRUE(Like(read.GetPixel(640, 360) >> 8, kGreen));
-    ASSERT_EQ(0, chmod((std::string(folder) + "/screenshots").c_str(), 0500));
-    if (geteuid() != 0) {
-        EXPECT_EQ("", host::Hooks().takeScreenshot()());
-    }
-    std::filesystem::remove_all(folder);
-    host::SetCurrentHostOptions({});
-}

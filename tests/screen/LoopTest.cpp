@@ -7,7 +7,6 @@
 #include "platform/CascadeInput.h"
 #include "platform/CascadeTime.h"
 #include "platform/RemoteKeys.h"
-#include "tests/screen/NetworkStub.h"
 
 using namespace std::chrono_literals;
 using Kind = screen::Event::Kind;
@@ -184,7 +183,6 @@ TEST_F(LoopTest, AnIdleLoopSleeps)
     RecordingWindow window(app.log, "main");
     window.Materialize();
     Settle();
-    const std::string before = host::Hooks().screenStats();
     loop.TurnOnce(host::Clock::now() + 150ms);    // returns early if anything wakes it
     const auto asleep = host::Clock::now();
     loop.TurnOnce(host::Clock::now() + 150ms);
@@ -200,41 +198,7 @@ struct RunningApp : RecordingApp {
         onInit();
     }
     void OnAppExit() override { log.push_back("exit"); }
-    void OnECPCommand(const CascadeString& command, CascadeString& reply) override
-    {
-        if (command == "Test ping") {
-            reply = "pong";
-        }
-    }
 };
-
-TEST(AppRun, TakesHostWordsOutAndEndsWithTheExitCode)
-{
-    RunningApp app;
-    std::string words[] = {"nuvid", "--headless", "-x", "--ecp=off", "film.mpg", "--nonsense"};
-    char* argv[std::size(words)];
-    for (size_t i = 0; i < std::size(words); ++i) {
-        argv[i] = words[i].data();
-    }
-    TheNetwork() = {};
-    app.onInit = [&] {
-        EXPECT_EQ(4, app.GetArgCount());
-        EXPECT_EQ('/', app.GetArg(0)[0]);
-        EXPECT_STREQ("test_screen", app.GetProgramName());
-        EXPECT_STREQ("-x", app.GetArg(1));
-        EXPECT_STREQ("--nonsense", app.GetArg(3));
-        EXPECT_EQ(1, TheNetwork().starts);
-        app.RegisterECPCommand("Test");
-        app.PostAfterWait([&] {
-            EXPECT_EQ("pong", TheNetwork().handlers["Test"]("Test ping"));
-            EXPECT_EQ("Unknown command", TheNetwork().handlers["Test"]("Test nothing"));
-            app.Terminate(5);
-        });
-    };
-    EXPECT_EQ(5, app.Run(std::size(words), argv));
-    EXPECT_EQ((Log {"init", "exit"}), app.log);
-    EXPECT_EQ(1, TheNetwork().stops);
-}
 
 TEST(AppRun, TerminateInInitMeansNoLoop)
 {

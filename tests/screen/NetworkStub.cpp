@@ -1,26 +1,14 @@
-// External control as the loop's tests need it: claimed handlers are kept and called by the tests themselves.
-#include "tests/screen/NetworkStub.h"
-
+// The services of other rooms as the loop's tests need them: none.
 #include "host/base/HostHooks.h"
-
-NetworkStub& TheNetwork()
-{
-    static NetworkStub stub;
-    return stub;
-}
 
 namespace host {
 
 bool StartNetworkServices()
 {
-    ++TheNetwork().starts;
     return true;
 }
 
-void StopNetworkServices()
-{
-    ++TheNetwork().stops;
-}
+void StopNetworkServices() { }
 
 bool StartRemoteServices()
 {
@@ -30,13 +18,8 @@ bool StartRemoteServices()
 void StopRemoteServices() { }
 void StartDesktopServices() { }
 void StopDesktopServices() { }
-
-void StartLibraryServices() {}
-void StopLibraryServices() {}
-
-void ClaimCommandPrefix(const std::string& prefix, std::function<std::string(const std::string&)> handler)
-{
-    TheNetwork().handlers[prefix] = std::move(handler);
-}
+void StartLibraryServices() { }
+void StopLibraryServices() { }
+void ClaimCommandPrefix(const std::string& /*prefix*/, std::function<std::string(const std::string&)> /*handler*/) { }
 
 }    // namespace host

@@ -28,65 +28,44 @@ constexpr CascadeRect kScreen {0, 0, 1280, 720};
 
 }    // namespace
 
-TEST(VideoGeometry, AWholePictureKeepsItsShape)
+TEST(VideoGeometry, PicturesAndTheirKeptPartsGoWhereTheyBelong)
 {
-    EXPECT_EQ(kScreen, LayOutVideo(Layout({720, 576}, kWide)).destination);
-    EXPECT_EQ((CascadeRect {0, 0, 720, 576}), LayOutVideo(Layout({720, 576}, kWide)).source);
-    EXPECT_EQ((CascadeRect {160, 0, 960, 720}), LayOutVideo(Layout({720, 576}, kNarrow)).destination);
-    EXPECT_EQ((CascadeRect {0, 88, 1280, 544}), LayOutVideo(Layout({720, 576}, 2.35)).destination);
-    EXPECT_EQ((CascadeRect {0, 60, 640, 360}), LayOutVideo(Layout({1920, 1080}, kWide, {640, 480})).destination);
-    // No bar of less than a pixel: 1.7777 is 16:9.
-    EXPECT_EQ(kScreen, LayOutVideo(Layout({720, 576}, 1.7777)).destination);
-    // Without a usable ratio the pixels are square.
-    EXPECT_EQ((CascadeRect {160, 0, 960, 720}), LayOutVideo(Layout({640, 480}, 0)).destination);
-    EXPECT_EQ((CascadeRect {160, 0, 960, 720}), LayOutVideo(Layout({640, 480}, std::nan(""))).destination);
-}
-
-TEST(VideoGeometry, OddPicturesAreShownWhole)
-{
-    EXPECT_EQ((CascadeRect {0, 0, 719, 575}), LayOutVideo(Layout({719, 575}, kWide)).source);
-    EXPECT_EQ((CascadeRect {0, 0, 1, 1}), LayOutVideo(Layout({1, 1}, kWide)).source);
-}
-
-TEST(VideoGeometry, AKeptPartIsShownAsLargeAsItsShapeAllows)
-{
-    // A wide film inside a 4:3 picture: the bars go, the film fills the width and nobody gets fat.
-    VideoLayout letterboxed = Layout({720, 576}, kNarrow);
-    letterboxed.placement = {{0, 93, 1280, 534}, kScreen};
-    const VideoGeometry geometry = LayOutVideo(letterboxed);
-    EXPECT_EQ((CascadeRect {0, 74, 720, 428}), geometry.source);
-    EXPECT_EQ((CascadeRect {0, 4, 1280, 712}), geometry.destination);
-
-    // Both directions: the same part of a 16:9 picture fills the screen.
-    VideoLayout boxed = Layout({1920, 1080}, kWide);
-    boxed.placement = {{198, 111, 884, 498}, kScreen};
-    EXPECT_EQ((CascadeRect {1, 0, 1278, 720}), LayOutVideo(boxed).destination);
-    EXPECT_EQ((CascadeRect {298, 166, 1326, 748}), LayOutVideo(boxed).source);
-
-    // Sides cut off: a narrower picture in the middle.
-    VideoLayout sides = Layout({1920, 1080}, kWide);
-    sides.placement = {{198, 0, 884, 720}, kScreen};
-    EXPECT_EQ((CascadeRect {198, 0, 884, 720}), LayOutVideo(sides).destination);
-}
-
-TEST(VideoGeometry, TheScaleRectangleIsTheRoom)
-{
-    VideoLayout layout = Layout({1920, 1080}, kWide);
-    layout.placement.scale = {0, 86, 1280, 548};
-    const CascadeRect shown = LayOutVideo(layout).destination;
-    EXPECT_EQ((CascadeRect {153, 86, 974, 548}), shown);
-    layout.stretch = true;
-    EXPECT_EQ((CascadeRect {0, 86, 1280, 548}), LayOutVideo(layout).destination);
-}
-
-TEST(VideoGeometry, StretchingFillsWhatItIsGiven)
-{
-    VideoLayout layout = Layout({720, 576}, kNarrow);
-    layout.stretch = true;
-    EXPECT_EQ(kScreen, LayOutVideo(layout).destination);
-    layout.placement = {{0, 93, 1280, 534}, kScreen};
-    EXPECT_EQ(kScreen, LayOutVideo(layout).destination);
-    EXPECT_EQ((CascadeRect {0, 74, 720, 428}), LayOutVideo(layout).source);
+    const struct {
+        VideoLayout layout;
+        host::VideoPlacement placement;
+        bool stretch;
+        CascadeRect source;
+        CascadeRect destination;
+    } cases[] = {
+        // A whole picture keeps its shape; no bar of less than a pixel: 1.7777 is 16:9.
+        {Layout({720, 576}, kWide), {}, false, {0, 0, 720, 576}, kScreen},
+        {Layout({720, 576}, kNarrow), {}, false, {0, 0, 720, 576}, {160, 0, 960, 720}},
+        {Layout({720, 576}, 2.35), {}, false, {0, 0, 720, 576}, {0, 88, 1280, 544}},
+        {Layout({1920, 1080}, kWide, {640, 480}), {}, false, {0, 0, 1920, 1080}, {0, 60, 640, 360}},
+        {Layout({720, 576}, 1.7777), {}, false, {0, 0, 720, 576}, kScreen},
+        {Layout({719, 575}, kWide), {}, false, {0, 0, 719, 575}, kScreen},
+        {Layout({1, 1}, kWide), {}, false, {0, 0, 1, 1}, kScreen},
+        // Without a usable ratio the pixels are square.
+        {Layout({640, 480}, 0), {}, false, {0, 0, 640, 480}, {160, 0, 960, 720}},
+        {Layout({640, 480}, std::nan("")), {}, false, {0, 0, 640, 480}, {160, 0, 960, 720}},
+        // A wide film inside a 4:3 picture: the bars go, the film fills the width and nobody gets fat.
+        {Layout({720, 576}, kNarrow), {{0, 93, 1280, 534}, kScreen}, false, {0, 74, 720, 428}, {0, 4, 1280, 712}},
+        // Both directions: the same part of a 16:9 picture fills the screen. Sides cut off: a narrower picture in the middle.
+        {Layout({1920, 1080}, kWide), {{198, 111, 884, 498}, kScreen}, false, {298, 166, 1326, 748}, {1, 0, 1278, 720}},
+        {Layout({1920, 1080}, kWide), {{198, 0, 884, 720}, kScreen}, false, {298, 0, 1326, 1080}, {198, 0, 884, 720}},
+        // The scale rectangle is the room; stretching fills it.
+        {Layout({1920, 1080}, kWide), {{}, {0, 86, 1280, 548}}, false, {0, 0, 1920, 1080}, {153, 86, 974, 548}},
+        {Layout({1920, 1080}, kWide), {{}, {0, 86, 1280, 548}}, true, {0, 0, 1920, 1080}, {0, 86, 1280, 548}},
+        {Layout({720, 576}, kNarrow), {}, true, {0, 0, 720, 576}, kScreen},
+        {Layout({720, 576}, kNarrow), {{0, 93, 1280, 534}, kScreen}, true, {0, 74, 720, 428}, kScreen},
+    };
+    for (size_t i = 0; i < std::size(cases); ++i) {
+        VideoLayout layout = cases[i].layout;
+        layout.placement = cases[i].placement;
+        layout.stretch = cases[i].stretch;
+        EXPECT_EQ(cases[i].source, LayOutVideo(layout).source) << "case " << i;
+        EXPECT_EQ(cases[i].destination, LayOutVideo(layout).destination) << "case " << i;
+    }
 }
 
 TEST(VideoGeometry, RectanglesFollowAWindowOfAnotherSize)
