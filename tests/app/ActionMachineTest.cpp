@@ -69,29 +69,6 @@ TEST_F(ActionMachineTest, EachStateDoesItsActionAndSettles)
     }
 }
 
-TEST_F(ActionMachineTest, KeysAreDeafUntilTheActionHasSettled)
-{
-    m_Machine.Schedule(SEQ_SKIP_FORWARD, 30);
-    Tick(1);
-    EXPECT_TRUE(m_Done.empty());
-    Tick(1);
-    EXPECT_EQ(m_Done.size(), 1U);
-    EXPECT_TRUE(m_Machine.IsBusy());
-    Tick(1);
-    EXPECT_FALSE(m_Machine.IsBusy());
-}
-
-TEST_F(ActionMachineTest, ASecondRequestIsRefusedAndChangesNothing)
-{
-    m_Machine.Schedule(SEQ_SKIP_FORWARD, 30);
-    testing::internal::CaptureStdout();
-    EXPECT_FALSE(m_Machine.Schedule(SEQ_SKIP_BACK, 10));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "ERROR!!! Already in a sequence\n");
-    Tick(5);
-    EXPECT_EQ(m_Done, (std::vector<std::string> {"forward 30"}));
-    EXPECT_TRUE(m_Machine.Schedule(SEQ_SKIP_BACK, 10));
-}
-
 TEST_F(ActionMachineTest, ItemsThatFailAreTriedOnePerTick)
 {
     m_bOpens = false;

@@ -2,7 +2,9 @@
 // ticks, read by what its window shows and what it prints.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -60,6 +62,28 @@ protected:
         return nullptr;
     }
     static bool MainMenuIsOpen() { return Window(Menus::kRows[Menus::kMain].title) != nullptr; }
+    // Lets timers fire and windows be painted until it is so: what the disk says arrives in between.
+    static bool Until(const std::function<bool()>& condition)
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > deadline) {
+                return false;
+            }
+            TestPlatform::Tick();
+            TestPlatform::PaintAll();
+        }
+        return true;
+    }
+    static bool IsPainted(const std::string& text)
+    {
+        for (CascadeWindow* const window : TestPlatform::WindowsOnScreen()) {
+            if (TestPlatform::FindText(TestPlatform::Paint(*window), text) != nullptr) {
+                return true;
+            }
+        }
+        return false;
+    }
     std::string Said(const std::function<void()>& action)
     {
         testing::internal::CaptureStdout();

@@ -1,6 +1,4 @@
-// Choosing with the browser, and deleting, in the whole application.
-#include <chrono>
-
+// What the application does around its browser: filters, deletion, and what comes from outside meanwhile.
 #include "browser/BrowserKeys.h"
 #include "tests/app/AppTest.h"
 
@@ -22,27 +20,6 @@ protected:
     }
     static EFileBrowser* Browser() { return static_cast<EFileBrowser*>(Window("File browser")); }
     static CascadeWindow* DeleteDialog() { return Window("Delete"); }
-    static bool Until(const std::function<bool()>& condition)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!condition()) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                return false;
-            }
-            TestPlatform::Tick();
-            TestPlatform::PaintAll();
-        }
-        return true;
-    }
-    static bool IsPainted(const std::string& text)
-    {
-        for (CascadeWindow* const window : TestPlatform::WindowsOnScreen()) {
-            if (TestPlatform::FindText(TestPlatform::Paint(*window), text) != nullptr) {
-                return true;
-            }
-        }
-        return false;
-    }
     // Answers the deletion, once it is known what goes.
     static bool Answer(unsigned long key)
     {
@@ -52,46 +29,6 @@ protected:
     }
     bool Exists(const std::string& name) const { return std::filesystem::exists(m_Folder / name); }
 };
-
-TEST_F(BrowseFlowTest, AFileIsFoundWithKeysAndTheBrowserComesBackToIt)
-{
-    std::filesystem::create_directories(m_Folder / "films/new");
-    MakeFile("films/new/a.mpg", 1000);
-    MakeFile("films/new/b.mpg", 1000);
-    Start(Here({"-nomenu"}));
-    TestPlatform::Tick();
-    ASSERT_NE(Browser(), nullptr);
-    const auto open = [](const char* name) {
-        EXPECT_TRUE(Until([&] { return IsPainted(name); })) << name;
-        TestPlatform::PressKey(Remote::kSelect);
-    };
-    open("films");
-    ASSERT_TRUE(Until([] { return IsPainted("new"); }));
-    TestPlatform::PressKey(Remote::kDown);    // from the way up
-    open("new");
-    ASSERT_TRUE(Until([] { return IsPainted("b.mpg"); }));
-    TestPlatform::PressKey(Remote::kDown);
-    TestPlatform::PressKey(Remote::kDown);
-    EXPECT_EQ(Pressed(Remote::kStop) + Pressed(Remote::kZoom), "inReason 3\n");    // the browser's, not the player's
-    ASSERT_TRUE(Answer(Remote::kExit));
-
-    ASSERT_TRUE(Until([] { return IsPainted("b.mpg"); }));    // back on the same item
-    const std::string said = Said([] {
-        TestPlatform::PressKey(Remote::kSelect);
-        EXPECT_TRUE(Until([] { return Browser() == nullptr; }));
-    });
-    EXPECT_EQ(said, "inReason 0\n");
-    EXPECT_TRUE(Shows(("Opening " + m_Folder / "films/new/b.mpg" + "...").c_str()));
-    TestPlatform::Tick(5);
-    EXPECT_EQ(CurrentFile(), "b.mpg");
-
-    TestPlatform::PressKey(Remote::kMenu);
-    ASSERT_TRUE(Until([] { return IsPainted("b.mpg"); }));
-    EXPECT_EQ(Pressed(Remote::kExit), "inReason 1\n");
-    EXPECT_TRUE(Shows("Press [Menu] to open a file"));
-    EXPECT_EQ(CurrentFile(), "b.mpg");
-    EXPECT_EQ(Status(), "Playing");
-}
 
 TEST_F(BrowseFlowTest, TheNextFilterIsForThisRunOnly)
 {
@@ -105,26 +42,6 @@ TEST_F(BrowseFlowTest, TheNextFilterIsForThisRunOnly)
     EXPECT_TRUE(Until([] { return IsPainted("Filter: Sequence"); }));
     m_pApp->OnAppExit();
     EXPECT_EQ(TestPlatform::Settings()["orvandi.nuvid.settings"]["BrowserMode"], "0");
-}
-
-TEST_F(BrowseFlowTest, DeletingFromTheBrowserLeadsBackToIt)
-{
-    MakeFile("film_1.mpg", 1000);
-    MakeFile("film_2.mpg", 1000);
-    MakeFile("other.mpg", 1000);
-    Play(Here({m_Folder / "film_1.mpg"}));
-    ASSERT_EQ(Status(), "Playing");
-    for (const unsigned long key : {Remote::kExit, Remote::kSelect}) {
-        EXPECT_EQ(Said([&] { m_pApp->callback(Entry(m_Folder / "film_1.mpg"), 3); }), "inReason 3\n");
-        TestPlatform::Command("Nuvid stop");    // the question has the keys
-        EXPECT_EQ(Status(), "Playing");
-        ASSERT_TRUE(Answer(key));
-        ASSERT_NE(Browser(), nullptr);
-        TestPlatform::PressKey(Remote::kExit);
-        EXPECT_TRUE(Until([] { return Browser() == nullptr; }));
-    }
-    EXPECT_EQ(Status(), "Stopped");    // let go of before it went
-    EXPECT_EQ(m_Folder.Names(), std::set<std::string> {"other.mpg"});
 }
 
 TEST_F(BrowseFlowTest, DeletingFromTheMenuGoesOnUntilTheViewerHasHadEnough)
@@ -182,12 +99,6 @@ TEST_F(BrowseFlowTest, WhatComesFromOutsideTakesThePlaceOfTheBrowser)
     EXPECT_EQ(CurrentFile(), "b.mpg");
     TestPlatform::PressKey(Remote::kMenu);    // nothing is pending any more
     EXPECT_TRUE(MainMenuIsOpen());
-    TestPlatform::PressKey(Remote::kExit);
-    m_pApp->OnMenu(Menus::kOpenFile);
-    EXPECT_FALSE(Has(Said([&] { TestPlatform::Command(("Nuvid open " + a).c_str()); }), "inReason 1"));
-    EXPECT_EQ(Browser(), nullptr);
-    TestPlatform::Tick(5);
-    EXPECT_EQ(CurrentFile(), "a.mpg");
 }
 
 TEST_F(BrowseFlowTest, FoldersThatAreNotThereAreToldAndReplaced)

@@ -6,26 +6,6 @@ namespace {
 
 class CommandsTest : public AppTest { };
 
-TEST_F(CommandsTest, QueriesTellTheStateOfTheEngine)
-{
-    Start({MakeFile("a.mpg", 1000)});
-    EXPECT_EQ(Command("Nuvid ping"), "pong");
-    EXPECT_EQ(Command("nuvid PING"), "pong");
-    EXPECT_EQ(Command("Nuvid status"), "Stopped");
-    EXPECT_EQ(Command("Nuvid currentfilename"), "");
-    TestPlatform::Tick(5);
-    EXPECT_EQ(Command("Nuvid status"), "Playing");
-    EXPECT_EQ(Command("Nuvid currentfilename"), "a.mpg");
-    EXPECT_EQ(Command("Nuvid pause"), "OK");
-    EXPECT_EQ(Command("Nuvid status"), "Paused");
-    EXPECT_EQ(Command("Nuvid play"), "OK");
-    TestDecoder::Pull(250);
-    EXPECT_EQ(Command("Nuvid currentfileprogress"), "25");
-    EXPECT_EQ(Command("Nuvid totalfileprogress"), "25");
-    EXPECT_EQ(Command("Nuvid zoom") + Command("Nuvid zoom"), "OKOK");
-    EXPECT_EQ(Command("Nuvid currentzoom"), "1");
-}
-
 TEST_F(CommandsTest, KeyCommandsObeyTheRulesOfKeysAndReplyAllTheSame)
 {
     Play({MakeFile("a.mpg")});
@@ -67,26 +47,6 @@ TEST_F(CommandsTest, SkipsTakeSeconds)
     EXPECT_TRUE(Shows("Rewind"));    // shown all the same
 }
 
-TEST_F(CommandsTest, OpenReplacesTheQueueAndQueueAppends)
-{
-    const std::string a = MakeFile("a.mpg");
-    const std::string b = MakeFile("b.mpg");
-    const std::string c = MakeFile("c.mpg");
-    Play({a});
-    EXPECT_EQ(Command(("Nuvid queue " + b).c_str()), "OK");
-    EXPECT_TRUE(Shows("File added to the playlist"));
-    EndStream();
-    EXPECT_EQ(CurrentFile(), "b.mpg");
-
-    EXPECT_EQ(Command(("nuvid open=" + c).c_str()), "OK");    // whatever the separator
-    EXPECT_TRUE(Shows(EUtils::TrimStringInMiddle(("Opening " + c + "...").c_str(), 1230, CascadeFont("system", 40)).Str()));
-    TestPlatform::Tick(2);
-    EXPECT_EQ(CurrentFile(), "b.mpg");
-    TestPlatform::Tick();
-    EXPECT_EQ(CurrentFile(), "c.mpg");
-    EXPECT_TRUE(Has(Said([this] { EndStream(); }), "m_CurFileIdx= 0, m_FileList.size() = 1\n"));
-}
-
 TEST_F(CommandsTest, OpeningGoesBeforeAnActionThatIsPending)
 {
     const std::string b = MakeFile("b.mpg");
@@ -107,19 +67,9 @@ TEST_F(CommandsTest, APathIsNeeded)
     }
     TestPlatform::Tick(5);
     EXPECT_EQ(CurrentFile(), "a.mpg");
-    EXPECT_EQ(Command("Nuvid open /missing.mpg"), "OK");
+    EXPECT_EQ(Command("nuvid open=/missing.mpg"), "OK");    // whatever the separator
     TestPlatform::Tick(3);
     EXPECT_TRUE(Shows("File open failed"));
-}
-
-TEST_F(CommandsTest, AnyOtherCommandIsLeftAsItIs)
-{
-    Play({MakeFile("a.mpg")});
-    for (const char* command : {"Nuvid", "Nuvid pings", "Nuvid forward", "Nuvid status ", "Nuvi ping", ""}) {
-        CascadeString reply("as it was");
-        m_pApp->OnECPCommand(command, reply);
-        EXPECT_EQ(reply.Str(), "as it was") << command;
-    }
 }
 
 }    // namespace

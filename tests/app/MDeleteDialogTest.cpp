@@ -1,13 +1,9 @@
 // What is asked before a recording is deleted, and what goes.
-#include <algorithm>
-#include <chrono>
-#include <filesystem>
+#include "app/MDeleteDialog.h"
+
 #include <set>
 
-#include "app/MDeleteDialog.h"
-#include "platform/RemoteKeys.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/TestPlatform.h"
+#include "tests/app/AppTest.h"
 
 namespace {
 
@@ -15,7 +11,7 @@ constexpr char kAsks[] = "Press [Select] to proceed. [Exit] to quit";
 constexpr char kSignature[] = "#Nuvid File. Do not modify\n";
 using Names = std::set<std::string>;
 
-class MDeleteDialogTest : public PlatformTest, public IDeleteDialogCB {
+class MDeleteDialogTest : public AppTest, public IDeleteDialogCB {
 protected:
     ~MDeleteDialogTest() override
     {
@@ -41,18 +37,7 @@ protected:
         entry.path = m_Folder / name;
         m_pDialog = new MDeleteDialog(this, entry);
         m_pDialog->Materialize(CascadeWindow::kPlane3);
-        EXPECT_TRUE(Until([this] { return TestPlatform::FindText(TestPlatform::Paint(*m_pDialog), kAsks) != nullptr; }));
-    }
-    static bool Until(const std::function<bool()>& condition)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!condition()) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                return false;
-            }
-            TestPlatform::Tick();
-        }
-        return true;
+        EXPECT_TRUE(Until([] { return IsPainted(kAsks); }));
     }
     // The rows of the list, and nothing else, begin with two blanks.
     std::vector<std::string> Listed()
@@ -67,11 +52,11 @@ protected:
     }
     std::string Pressed(unsigned long key)
     {
-        testing::internal::CaptureStdout();
-        const size_t done = m_Done.size();
-        TestPlatform::PressKey(key);
-        EXPECT_TRUE(key != Remote::kSelect || Until([&] { return m_Done.size() > done; }));
-        return testing::internal::GetCapturedStdout();
+        return Said([&] {
+            const size_t done = m_Done.size();
+            TestPlatform::PressKey(key);
+            EXPECT_TRUE(key != Remote::kSelect || Until([&] { return m_Done.size() > done; }));
+        });
     }
     void WriteFilm()
     {
@@ -81,7 +66,6 @@ protected:
         m_Folder.Write("film.nuvid", kSignature);
     }
 
-    TemporaryFolder m_Folder;
     MDeleteDialog* m_pDialog = nullptr;
     std::vector<bool> m_Done;
     std::vector<std::string> m_Released;

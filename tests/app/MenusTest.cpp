@@ -1,5 +1,4 @@
 // The menus in the whole application: what their items do, the options, and the resume question.
-#include "app/KeyTable.h"
 #include "tests/app/AppTest.h"
 
 namespace {
@@ -117,92 +116,7 @@ TEST_F(MenusTest, OptionsAreShownAsTheyAreAndTakenOverOnDone)
     EXPECT_EQ(saved["Theme"], "Dark");
 }
 
-TEST_F(MenusTest, RecentFilesAreListedAndOpened)
-{
-    const std::string a = MakeFile("a.mpg");
-    const std::string deep = MakeFile(std::string(100, 'b') + ".mpg");
-    Play({a});
-    m_pApp->OpenFile(deep.c_str(), true);
-    TestPlatform::PressKey(Remote::kMenu);
-    Choose(2);
-    const auto drawings = TestPlatform::Paint(*Window("Nuvid Recent Files"));
-    EXPECT_NE(TestPlatform::FindText(drawings, EUtils::TrimStringToWidth(deep.c_str(), 580, GetWidgetFont(0), true).Str()), nullptr);
-    EXPECT_NE(TestPlatform::FindText(drawings, a), nullptr);
-    Choose(1);
-    EXPECT_EQ(CurrentFile(), "a.mpg");
-    auto saved = SavedOptions();
-    EXPECT_EQ(saved["Recent0"], a);
-    EXPECT_EQ(saved["Recent1"], deep);
-}
-
-TEST_F(MenusTest, PlaybackOptionsShowTheStreamsAndApplyTheChoice)
-{
-    TestPlatform::MPEGScript script = TestPlatform::SimpleProgramStream();
-    script.programs[0].audio.push_back(script.programs[0].audio[0]);
-    TestPlatform::SetMPEGScript(script);
-    Play({"-PALRes=3", MakeFile("a.mpg")});
-    TestPlatform::PressKey(Remote::kInfo);
-    const std::string said = Pressed(Remote::kInfo);
-    EXPECT_TRUE(Has(said, "Audio 1: Audio 1 of 2\nAudio 2: Audio 2 of 2\n")) << said;
-    Down(1, Remote::kRight);
-    Down(1, Remote::kLeft);
-    const auto drawings = TestPlatform::Paint(*Window("Nuvid Playback Options"));
-    for (const char* const text : {"Program 1", "Audio 2 of 2", "PAL (3)"}) {
-        EXPECT_NE(TestPlatform::FindText(drawings, text), nullptr) << text;
-    }
-    TestPlatform::PressKey(Remote::kRight);    // back to the default resolution
-    TestDecoder::ClearCalls();
-    Choose(1);
-    EXPECT_EQ(TestDecoder::Count("SelectPIDs"), 1);    // no change of resolution: the program alone
-    EXPECT_TRUE(Shows("Audio 2 of 2"));
-    TestPlatform::Tick(30);
-    TestPlatform::PressKey(Remote::kInfo);
-    EXPECT_TRUE(Shows("Audio 2 of 2"));
-}
-
 // ---- the resume question
-
-TEST_F(MenusTest, YesGoesOnWherePlaybackStopped)
-{
-    Play({WriteResumePoint("a")});
-    ASSERT_TRUE(Asked());
-    EXPECT_EQ(Status(), "Playing");
-    EXPECT_EQ(Pressed(Remote::kStop), "");
-    TestPlatform::Command("Nuvid stop");
-    EXPECT_EQ(Status(), "Playing");
-    TestPlatform::PressKey(Remote::kSelect);
-    EXPECT_FALSE(Asked());
-    EXPECT_EQ(TestPlatform::DispatchedKeys(), (std::vector<TestPlatform::DispatchedKey> {{Remote::kInfo, true}, {Remote::kInfo, false}}));
-    TestPlatform::DeliverKeys();
-    EXPECT_TRUE(Shows("a.mpg: 9%"));
-    TestPlatform::PressKey(Remote::kStop);    // keys are heard again
-    EXPECT_EQ(Status(), "Stopped");
-}
-
-TEST_F(MenusTest, AnyOtherAnswerPlaysOnFromTheStart)
-{
-    TestPlatform::Settings()["orvandi.nuvid.settings"]["ResumeTimeout"] = "5";
-    const std::string a = WriteResumePoint("a");
-    const std::function<void()> answers[] = {
-        [] {
-            TestPlatform::PressKey(Remote::kRight);
-            TestPlatform::PressKey(Remote::kSelect);
-        },
-        [] { TestPlatform::PressKey(Remote::kExit); },
-        [] { TestPlatform::RunFor(5000); },
-    };
-    for (const auto& answer : answers) {
-        Play({a});
-        ASSERT_TRUE(Asked());
-        answer();
-        EXPECT_FALSE(Asked());
-        EXPECT_TRUE(TestPlatform::DispatchedKeys().empty());
-        TestPlatform::PressKey(Remote::kInfo);
-        EXPECT_TRUE(Shows("a.mpg: 0%"));
-        m_pApp.reset();
-        WriteResumePoint("a");
-    }
-}
 
 TEST_F(MenusTest, NothingIsAskedInAQueueOverAMenuOrWhenSwitchedOff)
 {

@@ -86,14 +86,6 @@ TEST_F(MyWindowTest, WithIconsSwitchedOffOnlyWordsAreShown)
     EXPECT_NE(Drawn("Words").width, 0);
 }
 
-TEST_F(MyWindowTest, EachZoomModeHasAnIcon)
-{
-    static_assert(Osd::ZoomIcon(0) == 264 && Osd::ZoomIcon(6) == 270 && Osd::ZoomIcon(7) == 264 && Osd::ZoomIcon(-1) == 264);
-    Start({}, true);
-    m_pApp->Info("", Osd::ZoomIcon(6), "Z6");
-    EXPECT_NE(TestPlatform::FindBlit(TestPlatform::Paint(Osd()), "zoom6.png"), nullptr);
-}
-
 TEST_F(MyWindowTest, AMessageStaysForItsTimeAndIsThenCleared)
 {
     Start({});
@@ -117,13 +109,6 @@ TEST_F(MyWindowTest, ALongNameKeepsItsBeginningAndItsEnd)
     m_pApp->Info("Play", 0, name.c_str());
     const std::string shown = std::string(36, 'x') + "...xthe end.mpg";    // 51 characters are 1224 pixels, 52 too many
     EXPECT_EQ(Drawn(shown), (CascadeRect {1280 - 1224 - 25, 20 + kLine + 5, 1224, kLine}));
-
-    std::string japanese;
-    for (int i = 0; i < 100; ++i) {
-        japanese += "日";
-    }
-    m_pApp->Info(japanese.c_str());
-    EXPECT_EQ(Drawn(EUtils::TrimStringInMiddle(japanese.c_str(), 1230, CascadeFont("system", 40)).Str()).width, 1224);
 }
 
 TEST_F(MyWindowTest, MissingIconsAreToldAndMissed)
@@ -146,13 +131,6 @@ TEST_F(MyWindowTest, TheScreenSaverIsPutOffEveryTwoSecondsOfVideo)
     TestPlatform::PressKey(Remote::kPause);
     TestPlatform::Tick(60);
     EXPECT_EQ(TestPlatform::ScreenActivity() - before, 3);
-}
-
-TEST_F(MyWindowTest, NavigationKeysGoToTheApplication)
-{
-    Play({MakeFile("a.mpg")});
-    const std::string said = Pressed(Remote::kRight);
-    EXPECT_TRUE(Has(said, "MyWindow: Got Nav 0x1000f\nGot FF 30s\n"));
 }
 
 }    // namespace

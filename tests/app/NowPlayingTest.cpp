@@ -58,16 +58,4 @@ TEST_F(NowPlayingTest, AGrowingRecordingIsMeasuredAgain)
     EXPECT_EQ(400000U, NowOfSize(400000).sizeBytes);
 }
 
-TEST_F(NowPlayingTest, WishesGoTheWayOfCommands)
-{
-    Play({MakeFile("a.mpg")});
-    m_pApp->OnSkipWanted(-20);
-    EXPECT_TRUE(Shows("Rewind"));
-    EXPECT_TRUE(Has(Ticked(5), "To Skip: -14569472\n"));
-    m_pApp->OnOpenWanted(MakeFile("other film.mpg").c_str());
-    TestPlatform::Tick(5);
-    EXPECT_EQ(CurrentFile(), "other film.mpg");
-    EXPECT_EQ(1, Now().queueCount);
-}
-
 }    // namespace

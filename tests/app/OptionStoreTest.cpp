@@ -129,8 +129,6 @@ TEST_F(OptionStoreTest, ValuesShowAsTheNearestChoice)
         EXPECT_EQ(OptionChoices::OfMinFileSize(OptionChoices::MinFileSize(choice)), choice);
         EXPECT_EQ(OptionChoices::OfResumeTimeout(OptionChoices::ResumeTimeout(choice)), choice);
     }
-    EXPECT_EQ(OptionChoices::MinFileSize(5), 524288000U);
-    EXPECT_EQ(OptionChoices::ResumeTimeout(5), 0);
     EXPECT_EQ(OptionChoices::OfResumeTimeout(7), OptionChoices::kNoChoice);
     EXPECT_EQ(OptionChoices::OfFontSize(17), 0);
     EXPECT_EQ(OptionChoices::OfFontSize(18), 1);

@@ -78,14 +78,6 @@ TEST_F(ParametersTest, WhatIsTooShortOrUnknownIsToldAndSkipped)
     EXPECT_TRUE(m_Calls.empty());
 }
 
-TEST_F(ParametersTest, FoldersAreTakenAsGiven)
-{
-    EXPECT_STREQ(m_Options.browseFolder, "/tmp/Volumes/");
-    Take({"-browsedir=/mnt/a b", "-BrowseRoot="});
-    EXPECT_STREQ(m_Options.browseFolder, "/mnt/a b");
-    EXPECT_STREQ(m_Options.browseRoot, "");
-}
-
 TEST_F(ParametersTest, ATitleIsForTheNextFileAndResolutionsCountFromOne)
 {
     Take({"-name=Film", "-noicons", "a.mpg", "b.mpg", "-NTSCRes=3", "-PALRes=", "", "-name=x", "-NAME=y", "c"});

@@ -32,12 +32,6 @@ TEST_F(StartTest, WithoutAFileTheViewerIsAskedAtTheFirstTick)
     TestPlatform::Tick();
     EXPECT_TRUE(MainMenuIsOpen());
     EXPECT_FALSE(TestPlatform::WasTerminated());
-    m_pApp.reset();
-    TestPlatform::Reset();
-    Start({"-nomenu"});
-    TestPlatform::Tick();
-    EXPECT_NE(Window("File browser"), nullptr);
-    EXPECT_FALSE(MainMenuIsOpen());
 }
 
 TEST_F(StartTest, UnattendedWithoutAFileQuits)
@@ -78,17 +72,6 @@ TEST_F(StartTest, ATitleIsShownInPlaceOfThePath)
     EXPECT_TRUE(Shows(EUtils::TrimStringInMiddle((m_Folder / "b.mpg").c_str(), 1230, CascadeFont("system", 40)).Str()));
 }
 
-TEST_F(StartTest, ADvdFolderBecomesItsMainTitleSet)
-{
-    std::filesystem::create_directories(m_Folder / "dvd/VIDEO_TS");
-    MakeFile("dvd/VIDEO_TS/VTS_01_1.VOB", 1000);
-    MakeFile("dvd/VIDEO_TS/VTS_02_1.VOB", 2000);
-    const std::string said = Said([&] { Start({m_Folder / "dvd"}); });
-    EXPECT_TRUE(Has(said, "Adding " + (m_Folder / "dvd/VIDEO_TS/VTS_02_1.VOB") + " to FileList(1)\n"));
-    TestPlatform::Tick(4);
-    EXPECT_EQ(CurrentFile(), "VTS_02_1.VOB");
-}
-
 TEST_F(StartTest, ParametersReachTheEngineAndTheWindow)
 {
     const std::string said = Said([&] { Play({"-maxbuffer", "-NTSCRes=2", "-PALRes=x", "-fontsize=12", MakeFile("a.mpg")}); });
@@ -116,23 +99,6 @@ TEST_F(StartTest, AFontSizeThatCannotBeDrawnIsBounded)
         EXPECT_TRUE(drawings.back().fontSize >= 1 && drawings.back().fontSize <= 720) << argument;
         m_pApp.reset();
     }
-}
-
-TEST_F(StartTest, ARunEndsWithTheEngineClosedAndEveryTickIsStamped)
-{
-    std::string program = m_Folder / "nuvid";
-    std::string file = MakeFile("a.mpg");
-    char* arguments[] = {program.data(), file.data(), nullptr};
-    m_pApp = std::make_unique<NuvidApp>();
-    TestPlatform::SetLoop([&] {
-        TestPlatform::RunFor(1000);
-        EXPECT_EQ(g_LastUITick_ms, 1001000U);
-        EXPECT_EQ(Status(), "Playing");
-        TestPlatform::PressKey(Remote::kExit);
-        EXPECT_TRUE(TestPlatform::WasTerminated());
-    });
-    EXPECT_EQ(m_pApp->Run(2, arguments), 0);
-    EXPECT_FALSE(TestDecoder::IsOpen());
 }
 
 }    // namespace
