@@ -17,7 +17,6 @@ namespace {
 
 struct AppState {
     std::vector<std::string> args;
-    std::function<void()> loop;
     bool terminated = false;
     int exitCode = 0;
     std::vector<std::string> prefixes;
@@ -31,7 +30,7 @@ struct AppState {
 AppState g_App;
 
 std::mutex g_MessageMutex;
-std::deque<TestPlatform::PostedMessage> g_Messages;    // guarded by g_MessageMutex
+std::vector<TestPlatform::PostedMessage> g_Messages;    // guarded by g_MessageMutex
 bool g_bRefuseMessages = false;    // guarded by g_MessageMutex
 
 }    // namespace
@@ -50,17 +49,6 @@ CascadeApp::~CascadeApp()
     if (s_pTheApp == this) {
         s_pTheApp = nullptr;
     }
-}
-
-int CascadeApp::Run(int argc, char** argv)
-{
-    g_App.args.assign(argv, argv + argc);
-    OnAppInit();
-    if (!g_App.terminated && g_App.loop) {
-        g_App.loop();
-    }
-    OnAppExit();
-    return g_App.exitCode;
 }
 
 void CascadeApp::Terminate(int exitCode)
@@ -158,6 +146,11 @@ bool IsWaiting()
     return g_App.waiting;
 }
 
+void SetWaiting(bool waiting)
+{
+    g_App.waiting = waiting;
+}
+
 bool WaitWasEnded()
 {
     return g_App.waitEnded;
@@ -176,7 +169,6 @@ void Reset()
     TestInternals::ResetJpegs();
     TestInternals::ResetScreen();
     TestInternals::ResetStreams();
-    TestInternals::ResetThumbnails();
     TestInternals::ResetDecoder();
     TestInternals::ResetUPnP();
 }
@@ -184,11 +176,6 @@ void Reset()
 void SetArgs(std::vector<std::string> args)
 {
     g_App.args = std::move(args);
-}
-
-void SetLoop(std::function<void()> loop)
-{
-    g_App.loop = std::move(loop);
 }
 
 bool WasTerminated()
@@ -290,11 +277,6 @@ int ScreenActivity()
     return g_App.activity;
 }
 
-void SetWaiting(bool waiting)
-{
-    g_App.waiting = waiting;
-}
-
 void LeaveEvent()
 {
     g_App.waitEnded = false;
@@ -308,22 +290,7 @@ void LeaveEvent()
 std::vector<PostedMessage> Messages()
 {
     const std::lock_guard lock(g_MessageMutex);
-    return {g_Messages.begin(), g_Messages.end()};
-}
-
-int DeliverMessages()
-{
-    int delivered = 0;
-    std::unique_lock lock(g_MessageMutex);
-    while (!g_Messages.empty() && !g_App.waiting && CascadeApp::s_pTheApp != nullptr) {
-        PostedMessage posted = std::move(g_Messages.front());
-        g_Messages.pop_front();
-        lock.unlock();
-        CascadeApp::s_pTheApp->OnWormholeMessage({posted.id, std::move(posted.data)});
-        ++delivered;
-        lock.lock();
-    }
-    return delivered;
+    return g_Messages;
 }
 
 void RefuseMessages(bool refuse)

@@ -201,11 +201,6 @@ unsigned NumBuffers()
     return static_cast<unsigned>(g_Ring.buffers.size());
 }
 
-unsigned long BufferSize()
-{
-    return g_Ring.bufferSize;
-}
-
 std::string Pull(unsigned long length)
 {
     if (!g_Ring.streaming) {

@@ -1,8 +1,5 @@
 // Bitmaps that record what is drawn into them, and a font whose every character is equally wide.
 #include <algorithm>
-#include <atomic>
-#include <fstream>
-#include <iterator>
 #include <mutex>
 
 #include "platform/CascadeBitmap.h"
@@ -17,53 +14,14 @@ namespace {
 
 std::mutex g_PictureMutex;    // loaders ask from threads of their own
 std::map<std::string, CascadeDims> g_Pictures;    // guarded by g_PictureMutex
-std::atomic<bool> g_bRefuse {false};
-
-unsigned Big(const std::vector<unsigned char>& bytes, size_t at, size_t count)
-{
-    unsigned value = 0;
-    for (size_t i = at; i < at + count; ++i) {
-        value = value << 8 | (i < bytes.size() ? bytes[i] : 0);
-    }
-    return value;
-}
-
-CascadeDims SizeOfPng(const std::vector<unsigned char>& bytes)
-{
-    constexpr unsigned char kSignature[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    if (bytes.size() < 24 || !std::equal(std::begin(kSignature), std::end(kSignature), bytes.begin())) {
-        return {};
-    }
-    return {static_cast<int>(Big(bytes, 16, 4)), static_cast<int>(Big(bytes, 20, 4))};
-}
-
-// ITU-T T.81 B.2.2, frame header: any start of frame but the markers DHT, JPG and DAC among them.
-CascadeDims SizeOfJpeg(const std::vector<unsigned char>& bytes)
-{
-    for (size_t at = 2; Big(bytes, 0, 2) == 0xFFD8 && at + 9 < bytes.size() && bytes[at] == 0xFF; at += 2 + Big(bytes, at + 2, 2)) {
-        const unsigned marker = bytes[at + 1];
-        if (marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC) {
-            return {static_cast<int>(Big(bytes, at + 7, 2)), static_cast<int>(Big(bytes, at + 5, 2))};
-        }
-    }
-    return {};
-}
 
 }    // namespace
 
 CascadeDims TestInternals::SizeOfPicture(const std::string& path)
 {
-    {
-        const std::lock_guard lock(g_PictureMutex);
-        const auto known = g_Pictures.find(path);
-        if (known != g_Pictures.end()) {
-            return known->second;
-        }
-    }
-    std::ifstream file(path, std::ios::binary);
-    const std::vector<unsigned char> bytes {std::istreambuf_iterator<char>(file), {}};
-    const CascadeDims png = SizeOfPng(bytes);
-    return png.width > 0 ? png : SizeOfJpeg(bytes);
+    const std::lock_guard lock(g_PictureMutex);
+    const auto known = g_Pictures.find(path);
+    return known == g_Pictures.end() ? CascadeDims {} : known->second;
 }
 
 struct CascadeBitmap::Impl {
@@ -77,7 +35,6 @@ struct CascadeBitmap::Impl {
         Drawing& drawing = drawings.emplace_back();
         drawing.kind = kind;
         drawing.rect = rect;
-        drawing.origin = origin;
         drawing.color = color;
         return drawing;
     }
@@ -91,7 +48,7 @@ CascadeBitmap& CascadeBitmap::operator=(CascadeBitmap&&) noexcept = default;
 bool CascadeBitmap::Create(int width, int height)
 {
     Destroy();
-    if (g_bRefuse || width <= 0 || height <= 0) {
+    if (width <= 0 || height <= 0) {
         return false;
     }
     m_pImpl = std::make_unique<Impl>();
@@ -151,26 +108,24 @@ void CascadeBitmap::FillRect(const CascadeRect& rect, CascadeColor color)
     }
 }
 
-void CascadeBitmap::FillRoundedRect(const CascadeRect& rect, int radius, CascadeColor color)
+void CascadeBitmap::FillRoundedRect(const CascadeRect& rect, int /*radius*/, CascadeColor color)
 {
     if (m_pImpl) {
-        m_pImpl->Add(Drawing::kRoundedRect, rect, color).radius = radius;
+        m_pImpl->Add(Drawing::kRoundedRect, rect, color);
     }
 }
 
-void CascadeBitmap::FillGradient(const CascadeRect& rect, int radius, CascadeColor from, CascadeColor to, bool /*vertical*/)
+void CascadeBitmap::FillGradient(const CascadeRect& rect, int /*radius*/, CascadeColor from, CascadeColor /*to*/, bool /*vertical*/)
 {
     if (m_pImpl) {
-        Drawing& drawing = m_pImpl->Add(Drawing::kGradient, rect, from);
-        drawing.radius = radius;
-        drawing.secondColor = to;
+        m_pImpl->Add(Drawing::kGradient, rect, from);
     }
 }
 
-void CascadeBitmap::StrokeRoundedRect(const CascadeRect& rect, int radius, double /*lineWidth*/, CascadeColor color)
+void CascadeBitmap::StrokeRoundedRect(const CascadeRect& rect, int /*radius*/, double /*lineWidth*/, CascadeColor color)
 {
     if (m_pImpl) {
-        m_pImpl->Add(Drawing::kStroke, rect, color).radius = radius;
+        m_pImpl->Add(Drawing::kStroke, rect, color);
     }
 }
 
@@ -244,28 +199,6 @@ void* CascadeBitmap::NativeSurface() const
     return m_pImpl ? &m_pImpl->drawings : nullptr;
 }
 
-// Known of fills, plain rectangles and zone blits; blending is not done.
-CascadeColor CascadeBitmap::GetPixel(int x, int y) const
-{
-    if (!m_pImpl) {
-        return 0;
-    }
-    for (auto drawing = m_pImpl->drawings.rbegin(); drawing != m_pImpl->drawings.rend(); ++drawing) {
-        const int column = x - (drawing->rect.left - drawing->origin.x);
-        const int row = y - (drawing->rect.top - drawing->origin.y);
-        if (column < 0 || row < 0 || column >= drawing->rect.width || row >= drawing->rect.height) {
-            continue;
-        }
-        if (drawing->kind == Drawing::kFill || drawing->kind == Drawing::kRect) {
-            return drawing->color;
-        }
-        if (drawing->kind == Drawing::kZoneBlit) {
-            return drawing->pixels[static_cast<size_t>(row) * static_cast<size_t>(drawing->rect.width) + static_cast<size_t>(column)];
-        }
-    }
-    return 0;
-}
-
 void CascadeFont::Create(const char* family, int size)
 {
     m_Family = family;
@@ -288,7 +221,6 @@ void TestInternals::ResetDrawing()
 {
     const std::lock_guard lock(g_PictureMutex);
     g_Pictures.clear();
-    g_bRefuse = false;
 }
 
 namespace TestPlatform {
@@ -319,11 +251,6 @@ void AddPicture(const std::string& path, CascadeDims dims)
 {
     const std::lock_guard lock(g_PictureMutex);
     g_Pictures[path] = dims;
-}
-
-void RefuseBitmaps(bool refuse)
-{
-    g_bRefuse = refuse;
 }
 
 }    // namespace TestPlatform

@@ -14,11 +14,11 @@ void ResetDrawing();
 void ResetJpegs();
 void ResetScreen();
 void ResetStreams();
-void ResetThumbnails();
 void ResetDecoder();
 void ResetUPnP();
 
 bool IsWaiting();
+void SetWaiting(bool waiting);
 bool WaitWasEnded();
 
 CascadeDims SizeOfPicture(const std::string& path);    // 0 x 0: there is none. From any thread.

@@ -4,7 +4,7 @@
 // Units:   milliseconds; logical pixels unless said otherwise.
 // Threads: the thread that calls Reset is the user-interface thread. The clock, posted messages, Redraw and
 //          the decoder's records may also be used from a thread that the test starts.
-// Use:     derive the fixture from PlatformTest, or call Reset first. Nothing happens by itself: messages,
+// Use:     derive the fixture from PlatformTest, or call Reset first. Nothing happens by itself:
 //          keys, timers and painting wait until the test asks for them.
 #pragma once
 
@@ -22,7 +22,6 @@
 #include "platform/CascadeMediaServers.h"
 #include "platform/CascadeUPnP.h"
 
-class CascadeStream;
 class CascadeWindow;
 
 namespace TestPlatform {
@@ -38,9 +37,8 @@ void Tick(int times = 1);         // every running timer fires once, in the orde
 void RunFor(uint32_t ms);         // moves the clock and fires each timer when it is due
 int RunningTimers();
 
-// ---- application. Run calls OnAppInit, the loop set here (none: at once on), OnAppExit.
-void SetArgs(std::vector<std::string> args);    // what GetArg answers without Run; argument 0 is the program's path
-void SetLoop(std::function<void()> loop);
+// ---- application
+void SetArgs(std::vector<std::string> args);    // what GetArg answers; argument 0 is the program's path
 bool WasTerminated();
 int ExitCode();
 std::vector<std::string> ClaimedPrefixes();
@@ -61,9 +59,9 @@ const std::vector<DispatchedKey>& DispatchedKeys();    // by CascadeInput, not y
 int DeliverKeys();                                     // how many there were
 int ScreenActivity();                                  // calls of NotifyScreenActivity
 
-// ---- waiting: meanwhile timers do not fire, messages are not delivered and keys go to OnKeyWhileWaiting
-void SetWaiting(bool waiting);    // leaving a wait does not leave the event: the end flag stays
-void LeaveEvent();                // clears the end flag, then runs what PostAfterWait queued when nothing waits
+// ---- waiting (SetHTTPWait): meanwhile timers do not fire and keys go to OnKeyWhileWaiting. Leaving a wait does not
+// leave the event: the end flag stays
+void LeaveEvent();    // clears the end flag, then runs what PostAfterWait queued when nothing waits
 
 // ---- wormhole
 struct PostedMessage {
@@ -71,8 +69,7 @@ struct PostedMessage {
     uint32_t id = 0;
     std::vector<unsigned char> data;
 };
-std::vector<PostedMessage> Messages();     // posted, not yet delivered
-int DeliverMessages();                     // to the application, in order, with those posted meanwhile; how many
+std::vector<PostedMessage> Messages();    // posted; they are not delivered
 void RefuseMessages(bool refuse);
 
 // ---- windows
@@ -86,10 +83,7 @@ struct Drawing {
     enum Kind { kFill, kRect, kRoundedRect, kGradient, kStroke, kText, kWrappedText, kBlit, kStretchBlit, kZoneBlit };
     Kind kind = kFill;
     CascadeRect rect;             // as given; a text's is its extent, a fill's the whole bitmap
-    CascadePoint origin;          // that was set; rect - origin are the bitmap's own pixels
     CascadeColor color = 0;       // the first of a gradient
-    CascadeColor secondColor = 0;
-    int radius = 0;
     std::string text;
     int fontSize = 0;
     std::string source;           // file name without folder of the picture that is blitted; empty: drawn by the program
@@ -100,9 +94,8 @@ int PaintAll();                                       // paints what asked for i
 const std::vector<Drawing>& DrawingsOn(const CascadeBitmap& bitmap);
 const Drawing* FindText(const std::vector<Drawing>& drawings, const std::string& text);      // exact; null: none
 const Drawing* FindBlit(const std::vector<Drawing>& drawings, const std::string& source);
-// Pictures that CreateFromFile knows besides the PNG and JPEG files on disc (of those only the size is read).
+// The pictures that CreateFromFile knows.
 void AddPicture(const std::string& path, CascadeDims dims);
-void RefuseBitmaps(bool refuse);
 // CascadeJpegFile knows the same pictures; the bytes of the pixel at (x, y) are x, y, 0x55. A decoder that is held waits until
 // it is let go or its stop flag is set; one that is deaf does not mind the flag.
 enum class JpegDecoding { kRuns, kHeld, kHeldDeaf };
@@ -111,7 +104,6 @@ int JpegsHeld();    // decoders that wait at the moment
 
 // ---- screen
 void SetResolutions(std::vector<CascadeDims> resolutions, unsigned current = 0);
-void SetScaleRect(unsigned index, const CascadeRect& rect);    // default: the whole output
 void RefuseResolution(bool refuse);
 const std::vector<unsigned>& ResolutionChanges();              // asked for and granted
 void SetGraphicsFolder(const std::string& folder);             // with a trailing "/"; default "/graphics/"
@@ -120,16 +112,10 @@ void SetGraphicsFolder(const std::string& folder);             // with a trailin
 using SettingsStore = std::map<std::string, std::map<std::string, std::string>>;    // section, key, value
 SettingsStore& Settings();
 void RefuseSettings(bool refuse);    // no section can be made, nothing be written
-int SettingsFlushes();
-
-// ---- thumbnails: asked for and not answered, in that order; the first request for the path is answered
-std::vector<std::string> ThumbnailRequests();
-bool AnswerThumbnail(const std::string& path, const std::string& pictureFile);
 
 // ---- HTTP
 struct HTTPResource {
     std::string bytes;
-    bool statesSize = true;
     unsigned long longestRead = ~0UL;    // a read answers at most this many bytes
     size_t stallAt = ~size_t{0};         // reads that begin here or later answer 0, interrupted
 };
@@ -145,12 +131,10 @@ struct MPEGProgramScript {
     std::vector<CascadeMPEGFile::AudioStream> audio;
 };
 struct MPEGScript {
-    bool readable = true;
     CascadeMPEGFile::StreamType type = CascadeMPEGFile::kMPEG2ProgramStream;
     std::vector<MPEGProgramScript> programs;
 };
 void SetMPEGScript(MPEGScript script);
-void SetMPEGClassifier(std::function<MPEGScript(CascadeStream& stream)> classify);
 const std::vector<unsigned long long>& ClassifiedAt();    // stream positions of the SetStream calls
 // A program stream with one video 0xE0 of 720 x 576 and one MPEG audio 0xC0.
 MPEGScript SimpleProgramStream();
@@ -170,7 +154,6 @@ void SetResult(const std::string& operation, bool result);
 bool IsOpen();
 bool IsStreaming();
 unsigned NumBuffers();
-unsigned long BufferSize();
 
 // Offers the next ring buffer; `length` 0 is the buffer's size. Answers what was filled in. It is a test
 // failure to pull while not streaming.

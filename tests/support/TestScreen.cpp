@@ -11,7 +11,6 @@ namespace {
 
 struct ScreenState {
     std::vector<CascadeDims> resolutions {{1280, 720}};
-    std::map<unsigned, CascadeRect> scaleRects;
     unsigned current = 0;
     bool refuse = false;
     std::vector<unsigned> changes;
@@ -21,18 +20,12 @@ ScreenState g_Screen;
 
 TestPlatform::SettingsStore g_Store;
 bool g_bRefuseSettings = false;
-int g_nFlushes = 0;
 
 }    // namespace
 
 CascadeDims CascadeScreen::GetDims()
 {
     return {1280, 720};
-}
-
-unsigned CascadeScreen::GetNumSupportedOutputResolutions()
-{
-    return static_cast<unsigned>(g_Screen.resolutions.size());
 }
 
 bool CascadeScreen::GetSupportedOutputResolutionAt(unsigned index, CascadeDims& dims)
@@ -70,8 +63,7 @@ bool CascadeScreen::GetOutputResolutionScaleRect(unsigned index, CascadeRect& re
     if (!GetSupportedOutputResolutionAt(index, dims)) {
         return false;
     }
-    const auto chosen = g_Screen.scaleRects.find(index);
-    rect = chosen == g_Screen.scaleRects.end() ? CascadeRect {0, 0, dims.width, dims.height} : chosen->second;
+    rect = {0, 0, dims.width, dims.height};
     return true;
 }
 
@@ -142,18 +134,11 @@ bool CascadeSettings::WriteStringValue(const char* key, const char* value)
     return true;
 }
 
-bool CascadeSettings::Flush()
-{
-    ++g_nFlushes;
-    return !g_bRefuseSettings;
-}
-
 void TestInternals::ResetScreen()
 {
     g_Screen = ScreenState();
     g_Store.clear();
     g_bRefuseSettings = false;
-    g_nFlushes = 0;
 }
 
 namespace TestPlatform {
@@ -162,11 +147,6 @@ void SetResolutions(std::vector<CascadeDims> resolutions, unsigned current)
 {
     g_Screen.resolutions = std::move(resolutions);
     g_Screen.current = current;
-}
-
-void SetScaleRect(unsigned index, const CascadeRect& rect)
-{
-    g_Screen.scaleRects[index] = rect;
 }
 
 void RefuseResolution(bool refuse)
@@ -192,11 +172,6 @@ SettingsStore& Settings()
 void RefuseSettings(bool refuse)
 {
     g_bRefuseSettings = refuse;
-}
-
-int SettingsFlushes()
-{
-    return g_nFlushes;
 }
 
 }    // namespace TestPlatform

@@ -17,7 +17,6 @@ std::function<void()> g_HTTPWait;
 std::vector<std::string> g_Opens;
 
 MPEGScript g_Script;
-std::function<MPEGScript(CascadeStream&)> g_Classify;
 std::vector<unsigned long long> g_ClassifiedAt;
 
 // False: the wait was ended from outside.
@@ -25,9 +24,9 @@ bool Wait()
 {
     if (g_HTTPWait && !TestInternals::WaitWasEnded()) {
         const bool before = TestInternals::IsWaiting();
-        TestPlatform::SetWaiting(true);
+        TestInternals::SetWaiting(true);
         g_HTTPWait();
-        TestPlatform::SetWaiting(before);
+        TestInternals::SetWaiting(before);
     }
     return !TestInternals::WaitWasEnded();
 }
@@ -68,8 +67,7 @@ bool CascadeHTTPStream::Open(const char* url)
 
 unsigned long long CascadeHTTPStream::GetSize()
 {
-    const HTTPResource& resource = m_pImpl->resource;
-    return resource.statesSize && m_pImpl->open ? resource.bytes.size() - std::min<size_t>(m_pImpl->position, resource.bytes.size()) : 0;
+    return m_pImpl->resource.bytes.size() - m_pImpl->position;
 }
 
 unsigned long long CascadeHTTPStream::GetPosition()
@@ -79,7 +77,7 @@ unsigned long long CascadeHTTPStream::GetPosition()
 
 bool CascadeHTTPStream::SeekToPosition(unsigned long long position)
 {
-    if (!m_pImpl->open || (m_pImpl->resource.statesSize && position > m_pImpl->resource.bytes.size())) {
+    if (!m_pImpl->open || position > m_pImpl->resource.bytes.size()) {
         return false;
     }
     m_pImpl->position = position;
@@ -124,8 +122,8 @@ bool CascadeMPEGFile::SetStream(CascadeStream* stream)
         return false;
     }
     g_ClassifiedAt.push_back(stream->GetPosition());
-    m_pImpl->script = g_Classify ? g_Classify(*stream) : g_Script;
-    return m_pImpl->script.readable;
+    m_pImpl->script = g_Script;
+    return true;
 }
 
 CascadeMPEGFile::StreamType CascadeMPEGFile::GetStreamType() const
@@ -169,7 +167,6 @@ void TestInternals::ResetStreams()
     g_HTTPWait = nullptr;
     g_Opens.clear();
     g_Script = TestPlatform::SimpleProgramStream();
-    g_Classify = nullptr;
     g_ClassifiedAt.clear();
 }
 
@@ -193,12 +190,6 @@ const std::vector<std::string>& HTTPOpens()
 void SetMPEGScript(MPEGScript script)
 {
     g_Script = std::move(script);
-    g_Classify = nullptr;
-}
-
-void SetMPEGClassifier(std::function<MPEGScript(CascadeStream& stream)> classify)
-{
-    g_Classify = std::move(classify);
 }
 
 const std::vector<unsigned long long>& ClassifiedAt()

@@ -1,62 +1,8 @@
-// Thumbnails that come when the test answers them.
-#include <algorithm>
-
+// Thumbnails that never come.
 #include "platform/CascadeThumbnail.h"
-#include "tests/support/TestInternals.h"
-#include "tests/support/TestPlatform.h"
 
-namespace {
+CascadeThumbnails::Client::~Client() = default;
 
-struct Waiting {
-    CascadeThumbnails::Client* client;
-    std::string path;
-};
-std::vector<Waiting> g_Waiting;
+void CascadeThumbnails::Request(const char* /*path*/, Client& /*client*/) { }
 
-}    // namespace
-
-CascadeThumbnails::Client::~Client()
-{
-    Cancel(*this);
-}
-
-void CascadeThumbnails::Request(const char* path, Client& client)
-{
-    Cancel(client);
-    g_Waiting.push_back({&client, path == nullptr ? "" : path});
-}
-
-void CascadeThumbnails::Cancel(Client& client)
-{
-    std::erase_if(g_Waiting, [&client](const Waiting& waiting) { return waiting.client == &client; });
-}
-
-void TestInternals::ResetThumbnails()
-{
-    g_Waiting.clear();
-}
-
-namespace TestPlatform {
-
-std::vector<std::string> ThumbnailRequests()
-{
-    std::vector<std::string> paths;
-    for (const Waiting& waiting : g_Waiting) {
-        paths.push_back(waiting.path);
-    }
-    return paths;
-}
-
-bool AnswerThumbnail(const std::string& path, const std::string& pictureFile)
-{
-    const auto found = std::find_if(g_Waiting.begin(), g_Waiting.end(), [&path](const Waiting& waiting) { return waiting.path == path; });
-    if (found == g_Waiting.end()) {
-        return false;
-    }
-    CascadeThumbnails::Client* const client = found->client;
-    g_Waiting.erase(found);
-    client->OnThumbnail(path.c_str(), pictureFile.c_str());
-    return true;
-}
-
-}    // namespace TestPlatform
+void CascadeThumbnails::Cancel(Client& /*client*/) { }
