@@ -1,5 +1,4 @@
 """A real browser without a window, driven over its debugging port."""
-import base64
 import contextlib
 import http.client
 import json
@@ -81,26 +80,17 @@ class Browser:
         """Left, top, width and height of an element on the page."""
         return self.value(f"(() => {{ const b = document.querySelector({json.dumps(selector)}).getBoundingClientRect(); return [b.x, b.y, b.width, b.height]; }})()")
 
-    def touch(self, selector, held=None):
-        """A finger on the middle of an element; `held` is called while it is there."""
+    def touch(self, selector):
+        """A finger on the middle of an element."""
         x, y, width, height = self.box(selector)
         at = [{"x": x + width / 2, "y": y + height / 2}]
         self.ask("Input.dispatchTouchEvent", type="touchStart", touchPoints=at)
-        if held:
-            held()
         self.ask("Input.dispatchTouchEvent", type="touchEnd", touchPoints=[])
 
     def type(self, text):
         for character in text:
             self.ask("Input.dispatchKeyEvent", type="keyDown", text=character, key=character)
             self.ask("Input.dispatchKeyEvent", type="keyUp", key=character)
-
-    def screenshot(self, path=None):
-        data = base64.b64decode(self.ask("Page.captureScreenshot", format="png")["data"])
-        if path:
-            with open(path, "wb") as file:
-                file.write(data)
-        return data
 
     def troubles(self):
         """What the page complained of: errors of scripts, refused requests."""

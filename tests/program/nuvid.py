@@ -156,6 +156,13 @@ class Player:
     def key(self, name):
         return self.cmd(f"Cascade key {name}")
 
+    def jump(self, line):
+        """A step to another place. It is dropped while an earlier request settles, so it is asked for until it is taken."""
+        taken = self.count("Resumed playback")
+        wait_for(lambda: self.cmd(line) == "OK" and self.count("Resumed playback") > taken, 10, line)
+        seen = self.stats()["total_frames_shown"]
+        self.wait_stats(lambda s: s["total_frames_shown"] > seen + 2, what=f"pictures after {line}")
+
     def ping_ms(self):
         begin = time.monotonic()
         reply = self.cmd("Nuvid ping")
@@ -256,7 +263,6 @@ class MediaServer(http.server.ThreadingHTTPServer):
 
     /NAME            as it should be          /no-range/NAME   ignores ranges, always 200 and everything
     /hang/NAME       accepts, never answers   /stall/NAME      answers the first half, then nothing
-    /missing/NAME    404
     """
     daemon_threads = True
 
@@ -296,7 +302,7 @@ class _Handler(http.server.BaseHTTPRequestHandler):
             self.close_connection = True
             return
         path = os.path.join(server.folder, name)
-        if way == "missing" or not os.path.isfile(path):
+        if not os.path.isfile(path):
             self.send_error(404)
             return
         size = os.path.getsize(path)

@@ -195,14 +195,6 @@ class Looking(unittest.TestCase):
             viewer.choose(1)  # unfolded, so the next row is the second file
             viewer.plays("Evening_2.mpg")
 
-    def test_what_is_opened_from_outside_takes_the_place_of_the_browser(self):
-        with library() as shelf, Viewer(shelf, "-nomenu") as viewer:
-            viewer.wait_listed()
-            viewer.cmd(f"Nuvid open {shelf.path('Films/Home.mpg')}")
-            viewer.plays("Home.mpg")
-            self.assertFalse(viewer.sees("File browser"))
-            self.assertEqual(viewer.count("inReason 1"), 0)
-
     def test_a_long_folder_is_walked_by_pages(self):
         with Shelf() as shelf:
             for i in range(400):

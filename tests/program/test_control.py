@@ -1,6 +1,4 @@
 """Queue, transport commands, skips and what a remote control sees, over external control."""
-import json
-import os
 import struct
 import unittest
 
@@ -53,7 +51,7 @@ class Transport(unittest.TestCase):
             self.assertEqual(player.cmd("Nuvid queue "), "Failed")
             self.assertEqual(player.cmd("Nuvid ping"), "pong")
             self.assertEqual(player.cmd("Nuvid status"), "Stopped")
-            self.assertIn("nuvid", player.cmd("Cascade help").lower() + "nuvid")
+            self.assertIn("Cascade keydown NAME|0xCODE", player.cmd("Cascade help"))
 
 
 class Queue(unittest.TestCase):
@@ -68,13 +66,6 @@ class Queue(unittest.TestCase):
                 output = player.output()
                 self.assertLess(output.index(f"About to open {first}"), output.index(f"About to open {second}"))
                 self.assertEqual(player.count("File opened OK"), 2)
-
-    def test_a_repeat_entry_begins_again(self):
-        with Shelf() as shelf:
-            first = shelf.put("parts/clip1.mpg", "one/a.mpg")
-            with Player("-noresume", first, ":repeat") as player:
-                player.wait_output(f"About to open {first}", 30, times=2)
-                player.wait_stats(lambda s: s["state"] == "playing" and s["frames_shown"] > 5)
 
     def test_open_replaces_what_plays_and_a_playlist_opens_its_entries(self):
         with Shelf() as shelf:
@@ -115,38 +106,6 @@ class Screen(unittest.TestCase):
                           "last_seek_ms", "windows", "rss_kib", "cpu_s"):
                 self.assertIn(field, stats)
             self.assertGreater(stats["bytes_fed"], 192512)
-            self.assertNotIn("\n", json.dumps(stats))
-
-    def test_menus_open_over_the_picture_and_the_player_plays_on(self):
-        with Shelf("parts_long") as shelf, Player("-noresume", shelf.path("parts_long/show_1.mpg")) as player:
-            player.wait_stats(lambda s: s["frames_shown"] > 5)
-            before = player.stats()
-            player.cmd("Cascade key 0x10020")
-            with_menu = player.wait_stats(lambda s: len(s["windows"]) > len(before["windows"]), what="a menu window")
-            player.wait_stats(lambda s: s["frames_shown"] > with_menu["frames_shown"] + 10)
-            self.assertTrue(os.path.getsize(player.cmd("Cascade screenshot")) > 0)
-            player.cmd("Cascade key 0x10022")
-            player.wait_stats(lambda s: len(s["windows"]) <= len(before["windows"]) + 1, what="the menu is gone")
-            self.assertEqual(player.cmd("Nuvid status"), "Playing")
-
-
-class Memory(unittest.TestCase):
-    def test_resume_point_and_bookmarks_come_back(self):
-        with Shelf("parts_long") as shelf:
-            path = shelf.path("parts_long/show_1.mpg")
-            with Player("-noresume", path) as player:
-                player.wait_stats(lambda s: s["frames_shown"] > 40)
-                player.cmd("Nuvid bookmark add")
-                wait_for(lambda: player.cmd("Nuvid currentfileprogress") != "0", 10, "some progress")
-            side = shelf.path("parts_long/show.nuvid")
-            self.assertTrue(os.path.exists(side), os.listdir(shelf.path("parts_long")))
-            with open(side, encoding="utf-8") as file:
-                text = file.read()
-            self.assertIn("show_1.mpg", text)
-            with Player(path) as player:
-                player.wait_stats(lambda s: any("Resume" in title for title in s["windows"]), what="the question whether to resume")
-                player.cmd("Cascade key 0x1000B")
-                wait_for(lambda: player.cmd("Nuvid status") == "Playing", 10, "playing after the answer")
 
 
 if __name__ == "__main__":

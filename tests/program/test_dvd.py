@@ -39,14 +39,6 @@ def chapter_lines(player):
     return [line for line in player.lines if line.startswith("Chapter")]
 
 
-def step(player, command):
-    """One chapter step. It is dropped while an earlier request settles, so it is asked for until it is taken."""
-    taken = player.count("Resumed playback")
-    wait_for(lambda: player.cmd(command) == "OK" and player.count("Resumed playback") > taken, 10, command)
-    seen = player.stats()["total_frames_shown"]
-    player.wait_stats(lambda s: s["total_frames_shown"] > seen + 5, what=f"pictures after {command}")
-
-
 def side_file(path):
     with open(path, encoding="utf-8") as file:
         return file.read()
@@ -66,7 +58,7 @@ class Titles(unittest.TestCase):
             self.assertEqual(player.cmd("Nuvid currentfilename").rsplit("/", 1)[-1], name)
             self.assertEqual(player.cmd("Nuvid totalfileprogress"), "100")
             # The feed runs ahead of the picture: the next chapter is the next one from where it reads.
-            step(player, "Nuvid chapter next")
+            player.jump("Nuvid chapter next")
             self.assertGreaterEqual(int(player.cmd("Nuvid currentfileprogress")), 30)  # the second chapter or the third
         text = side_file(shelf.path(side))
         self.assertEqual([line for line in text.splitlines() if line.startswith("c ")], [f"c {name}@{place}" for place in places])
@@ -81,10 +73,10 @@ class Titles(unittest.TestCase):
             player.wait_output(f"fList size: {total}  IFO reported size: {total}")
             player.wait_output("Audio: 1/2")
             wait_for(lambda: player.cmd("Nuvid currentfilename").endswith("VTS_01_2.VOB"), 10, "the feed reads the second file")
-            step(player, "Nuvid chapter next")
+            player.jump("Nuvid chapter next")
             self.assertTrue(player.cmd("Nuvid currentfilename").endswith("VTS_01_3.VOB"))
             # Back to the start of that chapter, and in quick presses to those before, from where the feed walks on again.
-            step(player, "Nuvid chapter previous")
+            player.jump("Nuvid chapter previous")
             self.assertTrue(player.cmd("Nuvid currentfilename").endswith("VTS_01_3.VOB"))
             walked = player.count("Walking into next file")
             wait_for(lambda: player.cmd("Nuvid chapter previous") and player.count("Walking into next file") > walked, 10, "a chapter of the first file")
@@ -122,7 +114,7 @@ class Titles(unittest.TestCase):
             player.wait_stats(lambda s: s["frames_shown"] > 10)
             places = []
             for command in ("Nuvid forward 6", "Nuvid back 2", "Nuvid back 900"):
-                step(player, command)
+                player.jump(command)
                 places.append(int(player.cmd("Nuvid currentfileprogress")))
             self.assertGreater(places[0], places[2])
             player.wait_stats(lambda s: s["frames_shown"] > 40 and s["frames_dropped"] < 5, what="on from the start")

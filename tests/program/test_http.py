@@ -88,6 +88,11 @@ class _Wayward(http.server.BaseHTTPRequestHandler):
         pass
 
 
+def web_server(folder):
+    """The real one, where there is one."""
+    return Nginx(folder) if Nginx.BINARY else MediaServer(folder)
+
+
 class Http(unittest.TestCase):
     def test_every_picture_comes_over_http(self):
         counts = frames()
@@ -147,7 +152,7 @@ class Http(unittest.TestCase):
     def test_skips_ask_the_server_for_the_place(self):
         with Shelf() as shelf:
             shelf.put("parts_long_whole.mpg", "film.mpg")
-            with MediaServer(shelf.folder) as server, Player("-noresume", server.url("film.mpg")) as player:
+            with web_server(shelf.folder) as server, Player("-noresume", server.url("film.mpg")) as player:
                 player.wait_stats(lambda s: s["frames_shown"] > 10)
                 seen = player.stats()["total_frames_shown"]
                 player.cmd("Nuvid forward 12")
@@ -156,7 +161,7 @@ class Http(unittest.TestCase):
                 self.assertGreater(int(player.cmd("Nuvid currentfileprogress")), 40)
 
     def test_a_missing_resource_is_refused(self):
-        with Shelf("mpeg2_mp2.mpg") as shelf, MediaServer(shelf.folder) as server:
+        with Shelf("mpeg2_mp2.mpg") as shelf, web_server(shelf.folder) as server:
             with Player("-noresume", server.url("missing/film.mpg"), shelf.path("mpeg2_mp2.mpg")) as player:
                 player.wait_output("failed to http open", 10)
                 player.wait_stats(lambda s: s["frames_shown"] > 5)

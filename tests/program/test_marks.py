@@ -5,7 +5,7 @@ import subprocess
 import tempfile
 import unittest
 
-from nuvid import FIXTURES, Player, Shelf, together, wait_for
+from nuvid import Player, Shelf, together, wait_for
 
 SIGNATURE = "#Nuvid File. Do not modify\n"
 NAME = "it's 100% @ home, 日本"
@@ -64,14 +64,6 @@ def seconds_shown(player):
 
 def current(player):
     return player.cmd("Nuvid currentfilename").rsplit("/", 1)[-1]
-
-
-def jump(player, command):
-    """A jump to a mark. It is dropped while an earlier request settles, so it is asked for until it is taken."""
-    taken = player.count("Resumed playback")
-    wait_for(lambda: player.cmd(command) == "OK" and player.count("Resumed playback") > taken, 10, command)
-    seen = player.stats()["total_frames_shown"]
-    player.wait_stats(lambda s: s["total_frames_shown"] > seen + 2, what=f"pictures after {command}")
 
 
 def write(path, text):
@@ -135,7 +127,7 @@ class Bookmarks(unittest.TestCase):
                 player.wait_stats(lambda s: s["frames_shown"] > 10)
                 player.cmd("Nuvid bookmark add")
                 for part in (2, 3):
-                    jump(player, "Nuvid chapter next")    # there are none, so it is the next file
+                    player.jump("Nuvid chapter next")    # there are none, so it is the next file
                     self.assertEqual(current(player), PART.format(part))
                     self.assertGreaterEqual(seconds_shown(player), int(Film.one.time_at(part, 0)))
                     player.wait_stats(lambda s: s["clock_s"] > 3, what="until the key sets again and does not delete")
@@ -148,14 +140,14 @@ class Bookmarks(unittest.TestCase):
                 player.cmd("Nuvid play")
 
                 for part in (1, 2):    # behind the last it begins again with the first
-                    jump(player, "Nuvid bookmark next")
+                    player.jump("Nuvid bookmark next")
                     self.assertEqual(current(player), PART.format(part))
                     shown, expected = seconds_shown(player), Film.one.time_at(part, places[part - 1])
                     self.assertTrue(int(expected) <= shown <= expected + 2, f"{shown} instead of {expected}")
                 # Back to the mark just reached, and pressed again soon to the one before.
-                jump(player, "Nuvid bookmark previous")
+                player.jump("Nuvid bookmark previous")
                 self.assertEqual(current(player), PART.format(2))
-                jump(player, "Nuvid bookmark previous")
+                player.jump("Nuvid bookmark previous")
                 self.assertEqual(current(player), PART.format(1))
                 player.key("select")    # so soon after a jump it deletes the first
             text = read(side)
@@ -164,21 +156,6 @@ class Bookmarks(unittest.TestCase):
 
 
 class Chapters(unittest.TestCase):
-    def test_information_beside_a_recording(self):
-        folder = os.path.join(FIXTURES, "dvd", "VIDEO_TS")
-        with Shelf() as shelf:
-            with open(shelf.path("movie.mpg"), "wb") as movie:
-                for part in (1, 2, 3):
-                    with open(os.path.join(folder, f"VTS_01_{part}.VOB"), "rb") as file:
-                        shutil.copyfileobj(file, movie)
-            shutil.copy(os.path.join(folder, "VTS_01_0.IFO"), shelf.path("movie.IFO"))
-            with Player("-noresume", shelf.path("movie.mpg")) as player:
-                player.wait_output("Found 3 chapters.")
-                player.wait_stats(lambda s: s["frames_shown"] > 5)
-                added = [line for line in player.lines if line.startswith("Chapter added movie.mpg @ ")]
-            self.assertIn("".join("c movie.mpg@{}\n".format(line.rsplit(" ", 1)[1]) for line in added), read(shelf.path("movie.nuvid")))
-            self.assertEqual(len(added), 3)
-
     def test_lines_of_the_side_file(self):
         with Shelf() as shelf:
             path = Film.one.put(shelf)
@@ -186,23 +163,15 @@ class Chapters(unittest.TestCase):
             write(shelf.path(NAME + ".nuvid"), f"{SIGNATURE}c {PART.format(1)}@0\nc {PART.format(2)}@{place}\nc {PART.format(3)}@0\nz 0\na 0\n")
             with Player("-noresume", path) as player:
                 player.wait_stats(lambda s: s["frames_shown"] > 10)
-                jump(player, "Nuvid chapter next")
+                player.jump("Nuvid chapter next")
                 self.assertEqual(current(player), PART.format(2))
                 expected = Film.one.time_at(2, place)
                 self.assertTrue(int(expected) <= seconds_shown(player) <= expected + 2)
-                jump(player, "Nuvid chapter next")
+                player.jump("Nuvid chapter next")
                 self.assertEqual(current(player), PART.format(3))
                 # Behind the last chapter and the last file: the first chapter again.
-                jump(player, "Nuvid chapter next")
+                player.jump("Nuvid chapter next")
                 self.assertEqual(current(player), PART.format(1))
-
-    def test_the_next_item_where_there_are_none(self):
-        with Shelf("parts_long_whole.mpg", "mpeg2_mp2.mpg") as shelf:
-            with Player("-noresume", shelf.path("parts_long_whole.mpg"), shelf.path("mpeg2_mp2.mpg")) as player:
-                player.wait_stats(lambda s: s["frames_shown"] > 10)
-                player.cmd("Nuvid chapter next")
-                player.wait_output("About to open " + shelf.path("mpeg2_mp2.mpg"))
-                player.wait_stats(lambda s: s["video"]["height"] == 576 and s["frames_shown"] > 5, what="the second film")
 
 
 if __name__ == "__main__":

@@ -122,6 +122,16 @@ class Page(unittest.TestCase):
                 player.socket(("Host", f"evil.example:{player.remote}"), origin=f"http://evil.example:{player.remote}")
 
 
+    def test_each_device_has_so_many_connections(self):
+        with Phone() as player, contextlib.ExitStack() as links:
+            for _ in range(30):
+                link = links.enter_context(socket.create_connection((HERE, player.remote), timeout=5 * SLOW))
+                with contextlib.suppress(OSError):
+                    link.sendall(b"GET / HTTP/1.1\r\n")
+            with contextlib.suppress(ConnectionError):
+                self.assertEqual(link.recv(1000), b"")    # the others have ten seconds for their fields
+
+
 class Keys(unittest.TestCase):
     def test_keys_are_answered_at_once_and_end_with_the_connection(self):
         with Shelf(FILM) as shelf, Phone("-noresume", shelf.path(FILM)) as player:
@@ -144,9 +154,13 @@ class Keys(unittest.TestCase):
             # A short press acts when it ends, here because the phone has gone.
             wait_for(lambda: player.cmd("Nuvid back 1000") and player.count("To Skip:") == skips + 2, 5, "back")
             player.wait_stats(lambda s: s["frames_shown"] > 10)
-            ack(link, "107 down forward")
+            ack(link, "107 down forward")    # and no sign of the finger after that
+            wait_for(lambda: player.count("To Skip:") == skips + 3, 10, "the release of a finger that is gone")
+            wait_for(lambda: player.cmd("Nuvid back 1000") and player.count("To Skip:") == skips + 4, 5, "back")
+            player.wait_stats(lambda s: s["frames_shown"] > 10)
+            ack(link, "108 down forward")
             link.close()
-            wait_for(lambda: player.count("To Skip:") == skips + 3, 10, "the release")
+            wait_for(lambda: player.count("To Skip:") == skips + 5, 10, "the release")
 
     def test_the_hosts_own_keys(self):
         with Phone() as player:
@@ -171,9 +185,11 @@ class Keys(unittest.TestCase):
                 link.send(payload, opcode)
                 self.assertTrue(hangs_up(link), payload[:20])
                 link.close()
-            for raw in (b"\x81\x05hello", b"\xff" * 64, b"\x81\xff" + b"\xff" * 8 + b"mask", b"\x09\xfe\xff\xff\x00\x00\x00\x00"):
+            for raw in (b"\x81\x05hello", b"\xff" * 64, b"\x81\xff" + b"\xff" * 8 + b"mask", b"\x09\xfe\xff\xff\x00\x00\x00\x00",
+                        b"\x01\x81\x00\x00\x00\x00x" + b"\x81\x81\x00\x00\x00\x00x", b"\x88\x81\x00\x00\x00\x00x"):
                 link = player.socket()
-                link.socket.sendall(raw)    # unmasked, reserved bits, a length that lies, a large ping
+                # Unmasked, reserved bits, a length that lies, a large ping, a message inside another, half a reason for the end.
+                link.socket.sendall(raw)
                 self.assertTrue(hangs_up(link), raw[:8])
                 link.close()
             link = player.socket()
