@@ -178,7 +178,7 @@ void MDeleteDialog::OnPaint(CascadeBitmap& bitmap)
     CascadeRect line = {panel.left + kMargin, panel.top + kTop, panel.width - 2 * kMargin, m_TitleFont.GetTextExtent("Aaj").height};
     bitmap.TextOut({line.left, line.top}, "About to delete:", m_TitleFont, kTitleColor);
     if (m_List.size > 0 && m_Stage == Stage::kAsking) {
-        PaintRight(bitmap, line, EUtils::GetFileSizeString(m_List.size), m_Font, kQuietColor);
+        PaintRight(bitmap, line, EUtils::GetPlainSizeString(m_List.size), m_Font, kQuietColor);
     }
     bitmap.FillRect({line.left, line.Bottom() + kRuleGap, line.width, 2}, kRuleColor);
 

@@ -16,12 +16,6 @@ constexpr int kNoticeTicks = 40;
 constexpr int kDetailRetryTicks = 5;
 constexpr uint32_t kDetailPatienceMs = 2000;    // then a question to a dead server is left behind
 constexpr int kMostHungDetails = 4;    // left behind in one folder, each with a thread
-constexpr uint64_t kMegabyte = 1024 * 1024;
-
-CascadeString SizeText(uint64_t bytes)
-{
-    return bytes < kMegabyte ? EUtils::GetFileSizeKBString(bytes) : EUtils::GetFileSizeString(bytes);
-}
 
 CascadeString DurationText(int32_t seconds)
 {
@@ -216,7 +210,7 @@ void EFileBrowser::ShowDetail(const ItemDetail& detail)
     }
     // A folder's size would take a walk through all that is below.
     if (facts->kind != ItemKind::kFolder && !m_Set.hideSize) {
-        const CascadeString size = SizeText(facts->totalSize);
+        const CascadeString size = EUtils::GetPlainSizeString(facts->totalSize);
         content.facts.push_back(facts->parts > 1 ? size + CascadeString::Format(" in %u files", facts->parts) : size);
     }
     if (const CascadeString date = DateText(detail.changedAt); !date.IsEmpty()) {

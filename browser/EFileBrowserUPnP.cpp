@@ -200,7 +200,7 @@ void EFileBrowser::ShowMediaDetail(int item)
         content.facts.push_back(CascadeString::Format("%u:%02u:%02u", seconds / 3600, seconds / 60 % 60, seconds % 60));
     }
     if (!m_Set.hideSize && Facts(item)->totalSize != 0) {
-        content.facts.push_back(EUtils::GetFileSizeString(Facts(item)->totalSize));
+        content.facts.push_back(EUtils::GetPlainSizeString(Facts(item)->totalSize));
     }
     if (*m_List.GetTag(item) == '\0') {
         content.text = "The server offers no MPEG stream of this item.";

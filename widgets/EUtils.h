@@ -22,6 +22,7 @@ public:
     // Sizes.
     static unsigned long long GetFileSize(const char* path);    // 0 when it cannot be read
     static CascadeString GetFileSizeString(unsigned long long size);
+    static CascadeString GetPlainSizeString(unsigned long long size);    // as the one above, with kilobytes called so
     static CascadeString GetFileSizeKBString(unsigned long long size);    // "1,234 KB", at least "1 KB"
 
     // Fitting. Removed characters are replaced by "...", in front of or behind what is left; nothing is

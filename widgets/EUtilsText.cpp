@@ -60,6 +60,12 @@ CascadeString EUtils::GetFileSizeString(unsigned long long size)
     return CascadeString::Format("%4.2f GB", kilobytes / 1048576.0);
 }
 
+CascadeString EUtils::GetPlainSizeString(unsigned long long size)
+{
+    constexpr unsigned long long kMegabyte = 1024 * 1024;
+    return size < kMegabyte ? GetFileSizeKBString(size) : GetFileSizeString(size);
+}
+
 CascadeString EUtils::GetFileSizeKBString(unsigned long long size)
 {
     std::string digits = std::to_string(std::max(size >> 10, 1ULL));
