@@ -2,7 +2,6 @@
 // ticks, read by what its window shows and what it prints.
 #pragma once
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -51,29 +50,15 @@ protected:
         const auto drawings = TestPlatform::Paint(Osd());
         return TestPlatform::FindText(drawings, text) != nullptr;
     }
-    // The window of that title, or null while it is not on the screen.
-    static CascadeWindow* Window(const std::string& title)
-    {
-        for (CascadeWindow* const window : TestPlatform::WindowsOnScreen()) {
-            if (window->GetTitle() == title.c_str()) {
-                return window;
-            }
-        }
-        return nullptr;
-    }
+    static CascadeWindow* Window(const std::string& title) { return TestPlatform::FindWindow(title); }
     static bool MainMenuIsOpen() { return Window(Menus::kRows[Menus::kMain].title) != nullptr; }
-    // Lets timers fire and windows be painted until it is so: what the disk says arrives in between.
+    // Windows are painted in between: what the disk says arrives then.
     static bool Until(const std::function<bool()>& condition)
     {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!condition()) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                return false;
-            }
-            TestPlatform::Tick();
+        return TestPlatform::Until([&condition] {
             TestPlatform::PaintAll();
-        }
-        return true;
+            return condition();
+        });
     }
     static bool IsPainted(const std::string& text)
     {

@@ -1,12 +1,10 @@
 // A browser over real folders, with a test in place of the viewer and of time.
 #pragma once
 
-#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -55,19 +53,7 @@ protected:
         WaitForListing();
     }
 
-    // Lets timers fire until it is so.
-    testing::AssertionResult Until(const std::function<bool()>& condition)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!condition()) {
-            if (std::chrono::steady_clock::now() > deadline) {
-                return testing::AssertionFailure() << "it never came to that";
-            }
-            TestPlatform::Tick();
-            std::this_thread::yield();
-        }
-        return testing::AssertionSuccess();
-    }
+    static bool Until(const std::function<bool()>& condition) { return TestPlatform::Until(condition); }
     void WaitForListing()
     {
         ASSERT_TRUE(Until([this] { return !OnScreen("Browser wait") && TestPlatform::RunningTimers() == 0; }));
@@ -80,15 +66,7 @@ protected:
         }
     }
 
-    static CascadeWindow* OnScreen(const std::string& title)
-    {
-        for (CascadeWindow* window : TestPlatform::WindowsOnScreen()) {
-            if (window->GetTitle() == title.c_str()) {
-                return window;
-            }
-        }
-        return nullptr;
-    }
+    static CascadeWindow* OnScreen(const std::string& title) { return TestPlatform::FindWindow(title); }
     static EListView& List() { return *static_cast<EListView*>(OnScreen("Browser list")); }
     static std::vector<std::string> Names()
     {

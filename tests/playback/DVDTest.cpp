@@ -1,16 +1,12 @@
 // Titles of a DVD, from an image and from a copied folder: chapters, playing time, audio streams.
 #include <unistd.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "platform/CascadeStream.h"
 #include "sources/IFOCells.h"
 #include "tests/playback/PlaybackFixture.h"
+#include "tests/sources/DVDFixtures.h"
 
 namespace {
-
-const char* const kVideoFolder = NUVID_FIXTURES "/dvd/VIDEO_TS/";
 
 class DVDTest : public PlaybackTest {
 protected:
@@ -28,7 +24,7 @@ protected:
     }
     void LinkTitleSet(const std::string& leaveOut)
     {
-        for (const auto& entry : std::filesystem::directory_iterator(kVideoFolder)) {
+        for (const auto& entry : std::filesystem::directory_iterator(InFolder(""))) {
             const std::string name = entry.path().filename().string();
             if (name.starts_with("VTS_01") && name != leaveOut) {
                 Link("dvd/VIDEO_TS/" + name, name);
@@ -42,20 +38,7 @@ protected:
         EXPECT_TRUE(m_Engine.DoTheOpen(path.c_str()));
         return testing::internal::GetCapturedStdout();
     }
-    static std::vector<cell_info> Cells(const std::string& set) { return IFOCells((kVideoFolder + set + "_0.IFO").c_str()).GetCells(); }
-    static std::string Bytes(const std::string& path)
-    {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    static std::string TitleBytes(const std::string& set)
-    {
-        std::string bytes;
-        for (char part = '1'; std::filesystem::exists(kVideoFolder + set + "_" + part + ".VOB"); ++part) {
-            bytes += Bytes(kVideoFolder + set + "_" + part + ".VOB");
-        }
-        return bytes;
-    }
+    static std::vector<cell_info> Cells(const std::string& set) { return IFOCells(InFolder(set + "_0.IFO").c_str()).GetCells(); }
     std::string Where() { return std::string(m_Engine.GetCurFileName()) + "@" + std::to_string(m_Engine.GetCurFilePosition()); }
     static std::string At(const std::string& name, long long position) { return name + "@" + std::to_string(position); }
 
@@ -111,7 +94,7 @@ TEST_F(DVDTest, JumpsInAnImage)
 
 TEST_F(DVDTest, AnImageWithoutInformationKeepsItsSavedChapters)
 {
-    std::string image = Bytes(NUVID_FIXTURES "/dvd.iso");
+    std::string image = FileBytes(NUVID_FIXTURES "/dvd.iso");
     size_t renamed = 0;
     for (size_t at = image.find("VTS_02_0.IFO"); at != std::string::npos; at = image.find("VTS_02_0.IFO", at), ++renamed) {
         image.replace(at, 12, "VTS_02_0.XXX");

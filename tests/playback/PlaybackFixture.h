@@ -12,6 +12,7 @@
 #include "playback/MDecoder.h"
 #include "playback/MHWDecoder.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestBytes.h"
 #include "tests/support/TestPlatform.h"
 
 class RecordingClient : public IPlaybackClient {
@@ -50,17 +51,6 @@ protected:
         InitPSParser();
     }
 
-    // Bytes in which no two places of the same test look alike.
-    static std::string Pattern(size_t size, unsigned seed)
-    {
-        std::string bytes(size, '\0');
-        unsigned value = seed * 2654435761U + 1;
-        for (char& byte : bytes) {
-            value = value * 1664525U + 1013904223U;
-            byte = static_cast<char>(value >> 24);
-        }
-        return bytes;
-    }
     std::string WriteSparse(const std::string& name, uint64_t size)
     {
         m_Folder.Write(name, "");

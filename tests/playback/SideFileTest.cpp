@@ -7,11 +7,9 @@
 
 #include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <functional>
 #include <future>
-#include <thread>
 
 #include "playback/SaveSchedule.h"
 #include "playback/SideFileWriter.h"
@@ -210,14 +208,7 @@ protected:
     // The worker's save becomes visible at once and whole; how soon is its own affair.
     bool ComesToHold(const std::string& line)
     {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (std::chrono::steady_clock::now() < deadline) {
-            if (m_Folder.Read("clip.nuvid").find(line) != std::string::npos) {
-                return true;
-            }
-            std::this_thread::yield();
-        }
-        return false;
+        return TestPlatform::Until([&] { return m_Folder.Read("clip.nuvid").find(line) != std::string::npos; });
     }
     bool Open() { return m_Engine.DoTheOpen((m_Folder / "clip1.mpg").c_str()); }
 

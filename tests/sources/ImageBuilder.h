@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/TestBytes.h"
+
 inline void PutBE(std::string& bytes, size_t at, uint64_t value, size_t width)
 {
     for (size_t i = 0; i < width; ++i) {
@@ -183,15 +185,3 @@ private:
         return table;
     }
 };
-
-// Bytes that tell where they are: a read from a wrong place cannot look right.
-inline std::string Pattern(size_t size, unsigned seed)
-{
-    std::string bytes(size, '\0');
-    uint32_t state = seed * 2654435761U + 1;
-    for (char& byte : bytes) {
-        state = state * 1664525U + 1013904223U;
-        byte = static_cast<char>(state >> 24);
-    }
-    return bytes;
-}

@@ -36,6 +36,8 @@ void Advance(uint32_t ms);
 void Tick(int times = 1);         // every running timer fires once, in the order of their setting; the clock stands
 void RunFor(uint32_t ms);         // moves the clock and fires each timer when it is due
 int RunningTimers();
+// Waits for what threads do: timers fire again and again until it is so. False: not within 20 seconds.
+bool Until(const std::function<bool()>& condition);
 
 // ---- application
 void SetArgs(std::vector<std::string> args);    // what GetArg answers; argument 0 is the program's path
@@ -74,6 +76,7 @@ void RefuseMessages(bool refuse);
 
 // ---- windows
 std::vector<CascadeWindow*> WindowsOnScreen();      // lowest first
+CascadeWindow* FindWindow(const std::string& title);    // on screen; null: none
 CascadeWindow* FocusWindow();                       // or null
 int RedrawCount(const CascadeWindow& window);       // requests since Reset, Materialize included
 bool NeedsPaint(const CascadeWindow& window);

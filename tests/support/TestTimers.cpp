@@ -1,6 +1,8 @@
 // The clock and the timers, moved by the test.
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <thread>
 
 #include "platform/CascadeTime.h"
 #include "platform/CascadeTimer.h"
@@ -106,6 +108,19 @@ void RunFor(uint32_t ms)
 int RunningTimers()
 {
     return static_cast<int>(g_Timers.size());
+}
+
+bool Until(const std::function<bool()>& condition)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        Tick();
+        std::this_thread::yield();
+    }
+    return true;
 }
 
 }    // namespace TestPlatform

@@ -186,6 +186,12 @@ std::vector<CascadeWindow*> WindowsOnScreen()
     return windows;
 }
 
+CascadeWindow* FindWindow(const std::string& title)
+{
+    const auto found = std::find_if(g_Shown.begin(), g_Shown.end(), [&title](const Shown& shown) { return shown.window->GetTitle() == title.c_str(); });
+    return found == g_Shown.end() ? nullptr : found->window;
+}
+
 CascadeWindow* FocusWindow()
 {
     return g_pFocus;

@@ -4,7 +4,6 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPlatform.h"
 #include "widgets/ESlices.h"
-#include "widgets/EUtils.h"
 
 using TestPlatform::Drawing;
 
@@ -167,22 +166,6 @@ TEST(ESlicesTest, OnlyTheMiddleIsStretched)
     EXPECT_EQ(drawn(300), (std::vector<CascadeRect> {{10, 20, 20, 40}, {30, 20, 260, 40}, {290, 20, 20, 40}}));
     EXPECT_EQ(drawn(100), (std::vector<CascadeRect> {{10, 20, 100, 40}}));
     EXPECT_EQ(drawn(40), (std::vector<CascadeRect> {{10, 20, 40, 40}}));
-}
-
-TEST(EUtilsWrapTest, LinesBreakAtBlanksAndFeeds)
-{
-    const CascadeFont font("system", 10);    // a character is 6 wide
-    const auto wrapped = [&](const char* text) {
-        std::string lines;
-        for (const CascadeString& line : EUtils::WrapText(font, text, 60)) {
-            lines += line.Str() + "|";
-        }
-        return lines;
-    };
-    EXPECT_EQ(wrapped("one two three four"), "one two|three four|");
-    EXPECT_EQ(wrapped("one\n\n two "), "one||two|");
-    EXPECT_EQ(wrapped("a incomprehensible b"), "a|incomprehensible|b|");
-    EXPECT_EQ(wrapped(""), "|");
 }
 
 }    // namespace

@@ -1,25 +1,15 @@
 #include "widgets/EJpegWidget.h"
 
 #include <chrono>
-#include <functional>
-#include <thread>
 
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPlatform.h"
 
 using TestPlatform::Drawing;
 using TestPlatform::JpegDecoding;
+using TestPlatform::Until;
 
 namespace {
-
-bool Comes(const std::function<bool()>& condition)
-{
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!condition() && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::yield();
-    }
-    return condition();
-}
 
 class EJpegWidgetTest : public PlatformTest {
 protected:
@@ -37,7 +27,7 @@ protected:
     }
     bool Loaded()
     {
-        return Comes([this] { return m_Widget.IsLoaded(); });
+        return Until([this] { return m_Widget.IsLoaded(); });
     }
     // Where the picture is painted; all zero: nowhere.
     CascadeRect Painted()
@@ -105,11 +95,11 @@ TEST_F(EJpegWidgetTest, ItSaysLoadingUntilThePictureIsThere)
     EXPECT_FALSE(SaysLoading());    // no path yet
     TestPlatform::SetJpegDecoding(JpegDecoding::kHeld);
     m_Widget.SetJpegFilePath(Picture("film.jpg", {640, 480}));
-    EXPECT_TRUE(Comes([] { return TestPlatform::JpegsHeld() == 1; }));
+    EXPECT_TRUE(Until([] { return TestPlatform::JpegsHeld() == 1; }));
     EXPECT_TRUE(SaysLoading());
     EXPECT_FALSE(TestPlatform::NeedsPaint(m_Widget));
     TestPlatform::SetJpegDecoding(JpegDecoding::kRuns);
-    EXPECT_TRUE(Comes([this] { return TestPlatform::NeedsPaint(m_Widget); }));
+    EXPECT_TRUE(Until([this] { return TestPlatform::NeedsPaint(m_Widget); }));
     EXPECT_FALSE(SaysLoading());
     EXPECT_EQ(Painted(), (CascadeRect {900, 120, 160, 120}));
     EXPECT_EQ(Painted(), (CascadeRect {900, 120, 160, 120}));    // kept
@@ -161,7 +151,7 @@ TEST_F(EJpegWidgetTest, TheNewestPictureWinsAndNobodyWaitsForAnOldOne)
     auto widget = std::make_unique<EJpegWidget>();
     widget->SetRect({0, 0, 100, 100});
     widget->SetJpegFilePath(Picture("slow.jpg", {100, 100}));
-    EXPECT_TRUE(Comes([] { return TestPlatform::JpegsHeld() == 1; }));
+    EXPECT_TRUE(Until([] { return TestPlatform::JpegsHeld() == 1; }));
     const auto begin = std::chrono::steady_clock::now();
     widget->SetJpegFilePath(Picture("next.jpg", {100, 100}));
     EXPECT_FALSE(widget->IsLoaded());
@@ -170,7 +160,7 @@ TEST_F(EJpegWidgetTest, TheNewestPictureWinsAndNobodyWaitsForAnOldOne)
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
     EXPECT_EQ(TestPlatform::JpegsHeld(), 1);
     TestPlatform::SetJpegDecoding(JpegDecoding::kRuns);
-    EXPECT_TRUE(Comes([] { return TestPlatform::JpegsHeld() == 0; }));
+    EXPECT_TRUE(Until([] { return TestPlatform::JpegsHeld() == 0; }));
 }
 
 }    // namespace

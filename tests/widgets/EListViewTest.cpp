@@ -1,7 +1,6 @@
 #include "widgets/EListView.h"
 
-#include <chrono>
-#include <thread>
+#include <algorithm>
 
 #include "platform/RemoteKeys.h"
 #include "tests/support/TemporaryFolder.h"
@@ -179,13 +178,7 @@ TEST_F(EListViewTest, IconsComeWhenTheyAreLoadedAndOnlyThoseInSight)
         return std::count_if(
             drawings.begin(), drawings.end(), [](const Drawing& drawing) { return drawing.kind == Drawing::kBlit && drawing.rect.width < 200; });
     };
-    const auto settles = [&](long wanted) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (icons() != wanted && std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::yield();
-        }
-        return icons() == wanted;
-    };
+    const auto settles = [&](long wanted) { return TestPlatform::Until([&] { return icons() == wanted; }); };
     EXPECT_EQ(icons(), 0);    // not asked for yet
     m_List.StartIconLoading();
     EXPECT_TRUE(settles(10));
