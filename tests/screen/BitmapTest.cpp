@@ -1,22 +1,19 @@
 #include "platform/CascadeBitmap.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "host/screen/Canvas.h"
 #include "host/screen/TextEngine.h"
 #include "platform/CascadeSharedMemZone.h"
 #include "tests/screen/Print.h"
 #include "tests/screen/RedJpeg.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
 
@@ -26,20 +23,16 @@ struct BitmapTest : ::testing::Test {
 };
 
 struct FolderTest : BitmapTest {
-    FolderTest() { EXPECT_NE(nullptr, mkdtemp(folder)); }
-    ~FolderTest() override { std::filesystem::remove_all(folder); }
-    std::string Path(const char* name) const { return std::string(folder) + "/" + name; }
     std::string WritePng(const char* name, int width, int height, CascadeColor color)
     {
         const screen::SurfacePtr surface = screen::CreateSurface(width, height, 1);
         const screen::CairoPtr cairo(cairo_create(surface.get()));
         screen::SetSourceColor(cairo.get(), color);
         cairo_paint(cairo.get());
-        cairo_surface_write_to_png(surface.get(), Path(name).c_str());
-        return Path(name);
+        cairo_surface_write_to_png(surface.get(), (folder / name).c_str());
+        return folder / name;
     }
-    void WriteBytes(const std::string& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
-    char folder[32] = "/tmp/nuvid-bitmap-XXXXXX";
+    const TemporaryFolder folder;
 };
 
 bool InkIn(const CascadeBitmap& bitmap, CascadeRect area)
@@ -286,7 +279,7 @@ TEST_F(FolderTest, AFinerPictureIsUsedWhereItIsSharper)
     EXPECT_EQ(0x0000FFFFU, page.GetPixel(5, 5));
     EXPECT_EQ(0U, page.GetPixel(10, 10));
     EXPECT_EQ(0x0000FFFFU, page.GetPixel(9, 9));
-    unlink(Path("icon@3x.png").c_str());
+    std::filesystem::remove(folder / "icon@3x.png");
     ASSERT_TRUE(icon.CreateFromFile(plain.c_str()));
     page.Blit({0, 0}, icon);
     EXPECT_EQ(0xFF0000FFU, page.GetPixel(5, 5));
@@ -295,13 +288,12 @@ TEST_F(FolderTest, AFinerPictureIsUsedWhereItIsSharper)
 TEST_F(FolderTest, DamagedAndLyingPicturesAreRefused)
 {
     const std::string good = WritePng("good.png", 40, 30, 0x123456FF);
-    std::ifstream file(good, std::ios::binary);
-    const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+    const std::string bytes = folder.Read("good.png");
     CascadeBitmap bitmap;
     ASSERT_TRUE(bitmap.CreateFromFile(good.c_str()));
-    const std::string bad = Path("bad.png");
+    const std::string bad = folder / "bad.png";
     for (size_t length = 0; length < bytes.size(); ++length) {
-        WriteBytes(bad, bytes.substr(0, length));
+        folder.Write("bad.png", bytes.substr(0, length));
         const bool created = bitmap.CreateFromFile(bad.c_str());    // what lacks no pixel may pass
         EXPECT_EQ(created, !bitmap.IsEmpty()) << length;
         EXPECT_TRUE(!created || length > bytes.size() / 2) << length;
@@ -309,19 +301,18 @@ TEST_F(FolderTest, DamagedAndLyingPicturesAreRefused)
     std::string large = bytes;
     large[16] = 0;
     large[17] = 1;    // 65,576 wide
-    WriteBytes(bad, large);
+    folder.Write("bad.png", large);
     EXPECT_FALSE(bitmap.CreateFromFile(bad.c_str()));
     EXPECT_TRUE(bitmap.IsEmpty());
-    EXPECT_FALSE(bitmap.CreateFromFile(Path("missing.png").c_str()));
-    EXPECT_FALSE(bitmap.CreateFromFile(folder));
+    EXPECT_FALSE(bitmap.CreateFromFile((folder / "missing.png").c_str()));
+    EXPECT_FALSE(bitmap.CreateFromFile(folder.Path().c_str()));
     EXPECT_FALSE(bitmap.CreateFromFile(nullptr));
 }
 
 TEST_F(FolderTest, JpegIsReadWholeDamagedOrNotAtAll)
 {
     const std::string bytes(std::begin(kRedJpeg), std::end(kRedJpeg));
-    const std::string path = Path("picture.jpg");
-    WriteBytes(path, bytes);
+    const std::string path = folder.Write("picture.jpg", bytes);
     CascadeBitmap bitmap;
     ASSERT_TRUE(bitmap.CreateFromFile(path.c_str()));
     EXPECT_EQ((CascadeDims {40, 24}), bitmap.GetDims());
@@ -330,13 +321,13 @@ TEST_F(FolderTest, JpegIsReadWholeDamagedOrNotAtAll)
     EXPECT_LT(pixel >> 16 & 0xFF, 0x10U);
     EXPECT_EQ(0xFFU, pixel & 0xFF);
     for (size_t at = 0; at < bytes.size(); ++at) {
-        WriteBytes(path, bytes.substr(0, at));
+        folder.Write("picture.jpg", bytes.substr(0, at));
         bitmap.CreateFromFile(path.c_str());
         EXPECT_TRUE(!bitmap.IsEmpty() || at < kJpegSize + 40) << at;    // what has begun is shown
         if (at < kJpegSize || at >= kJpegSize + 4) {    // sizes come below
             std::string flipped = bytes;
             flipped[at] = char(~flipped[at]);
-            WriteBytes(path, flipped);
+            folder.Write("picture.jpg", flipped);
             bitmap.CreateFromFile(path.c_str());
         }
     }
@@ -346,7 +337,7 @@ TEST_F(FolderTest, JpegIsReadWholeDamagedOrNotAtAll)
         sized[kJpegSize + 1] = char(height);
         sized[kJpegSize + 2] = char(width >> 8);
         sized[kJpegSize + 3] = char(width);
-        WriteBytes(path, sized);
+        folder.Write("picture.jpg", sized);
         return bitmap.CreateFromFile(path.c_str());
     };
     EXPECT_FALSE(withSize(65501, 8));
