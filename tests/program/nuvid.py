@@ -70,6 +70,18 @@ def together(actions, at_once=4):
         raise AssertionError("\n".join(failures))
 
 
+def read(path):
+    """A text file's text, empty where there is none."""
+    with contextlib.suppress(FileNotFoundError), open(path, encoding="utf-8") as file:
+        return file.read()
+    return ""
+
+
+def write(path, text):
+    with open(path, "w", encoding="utf-8") as file:
+        file.write(text)
+
+
 class Player:
     def __init__(self, *arguments, options=(), tidy=True, host="127.0.0.1"):
         """`arguments` go to the player, `options` are the host's words beside the usual ones. `tidy`: the

@@ -6,7 +6,7 @@ import threading
 import unittest
 
 import share
-from nuvid import FIXTURES, SANITIZE, Player, Shelf, wait_for
+from nuvid import FIXTURES, SANITIZE, Player, Shelf, read, wait_for, write
 
 PROMPT_MS = 500 * (8 if SANITIZE else 1)
 
@@ -81,8 +81,7 @@ def library():
         shelf.put(f"parts_long/show_{i}.mpg", f"Recordings/2011/Autumn/Evening_{i}.mpg")
     shelf.put("ts_2audio.ts", "Recordings/2011/Autumn/Harbour.ts")
     shelf.put("mpeg2_mp2.mpg", "Films/Home.mpg")
-    with open(shelf.path("Films/Home.nfo"), "w", encoding="utf-8") as file:
-        file.write(ABOUT)
+    write(shelf.path("Films/Home.nfo"), ABOUT)
     return shelf
 
 
@@ -94,8 +93,7 @@ class Evening(unittest.TestCase):
                 self.open_queue_and_save(viewer, autumn)
             with Viewer(shelf, options=(f"--state={state}",)) as viewer:
                 self.reopen_and_change(viewer, autumn)
-            with open(os.path.join(state, "settings.ini"), encoding="utf-8") as file:
-                self.assertIn("Theme=Cascade", file.read())
+            self.assertIn("Theme=Cascade", read(os.path.join(state, "settings.ini")))
             with Viewer(shelf, options=(f"--state={state}",)) as viewer:
                 self.delete(viewer, autumn)
 

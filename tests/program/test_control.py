@@ -2,7 +2,7 @@
 import struct
 import unittest
 
-from nuvid import SLOW, Player, Shelf, wait_for
+from nuvid import SLOW, Player, Shelf, wait_for, write
 
 
 class Transport(unittest.TestCase):
@@ -72,8 +72,7 @@ class Queue(unittest.TestCase):
             first = shelf.put("parts_long/show_1.mpg", "one/a.mpg")
             second = shelf.put("parts/clip2.mpg", "two/b.mpg")
             playlist = shelf.path("evening.Nuvidlist")
-            with open(playlist, "w", encoding="utf-8") as file:
-                file.write(f"{second}\n")
+            write(playlist, f"{second}\n")
             with Player("-noresume", first) as player:
                 player.wait_stats(lambda s: s["frames_shown"] > 5)
                 self.assertEqual(player.cmd(f"Nuvid open {second}"), "OK")

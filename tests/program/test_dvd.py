@@ -4,7 +4,7 @@ import subprocess
 import sys
 import unittest
 
-from nuvid import FIXTURES, Player, Shelf, together, wait_for
+from nuvid import FIXTURES, Player, Shelf, read, together, wait_for
 
 SOURCE = os.environ.get("NUVID_SOURCE", os.path.join(os.path.dirname(__file__), "..", ".."))
 
@@ -39,11 +39,6 @@ def chapter_lines(player):
     return [line for line in player.lines if line.startswith("Chapter")]
 
 
-def side_file(path):
-    with open(path, encoding="utf-8") as file:
-        return file.read()
-
-
 class Titles(unittest.TestCase):
     def play_image(self, shelf, location, title_set, side):
         name = os.path.basename(location)
@@ -60,7 +55,7 @@ class Titles(unittest.TestCase):
             # The feed runs ahead of the picture: the next chapter is the next one from where it reads.
             player.jump("Nuvid chapter next")
             self.assertGreaterEqual(int(player.cmd("Nuvid currentfileprogress")), 30)  # the second chapter or the third
-        text = side_file(shelf.path(side))
+        text = read(shelf.path(side))
         self.assertEqual([line for line in text.splitlines() if line.startswith("c ")], [f"c {name}@{place}" for place in places])
 
     def play_folder(self, shelf):
@@ -80,7 +75,7 @@ class Titles(unittest.TestCase):
             self.assertTrue(player.cmd("Nuvid currentfilename").endswith("VTS_01_3.VOB"))
             walked = player.count("Walking into next file")
             wait_for(lambda: player.cmd("Nuvid chapter previous") and player.count("Walking into next file") > walked, 10, "a chapter of the first file")
-        self.assertIn(f"c {places[2][0]}@{places[2][1]}\n", side_file(shelf.path("dvd/VIDEO_TS/VTS_01.nuvid")))
+        self.assertIn(f"c {places[2][0]}@{places[2][1]}\n", read(shelf.path("dvd/VIDEO_TS/VTS_01.nuvid")))
 
     def test_images_and_folders(self):
         with Shelf("dvd.iso", "dvd") as shelf:
@@ -127,7 +122,7 @@ class Titles(unittest.TestCase):
             self.assertIn("Audio 1: 1: DD 2.0: English\nAudio 2: 2: DD 2.0: Deutsch", player.output())
             side = shelf.path("sounds.nuvid")
             player.cmd("Nuvid pause")
-            wait_for(lambda: os.path.exists(side) and "\na 1\n" in side_file(side), 5, "the choice is kept")
+            wait_for(lambda: os.path.exists(side) and "\na 1\n" in read(side), 5, "the choice is kept")
 
     def test_a_title_set_that_is_not_there(self):
         with Shelf("dvd.iso") as shelf, Player("-noresume", shelf.path("dvd.iso") + "~VTS_09") as player:

@@ -3,22 +3,20 @@ import os
 import re
 import unittest
 
-from nuvid import Player, Shelf, wait_for
+from nuvid import Player, Shelf, read, wait_for, write
 
 SOURCE = os.environ.get("NUVID_SOURCE", os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))))
 
 
 def example(kind):
-    with open(os.path.join(SOURCE, "docs", "formats.md"), encoding="utf-8") as file:
-        return re.search(rf"^```{kind}\n(.*?)^```", file.read(), re.M | re.S).group(1)
+    return re.search(rf"^```{kind}\n(.*?)^```", read(os.path.join(SOURCE, "docs", "formats.md")), re.M | re.S).group(1)
 
 
 class Formats(unittest.TestCase):
     def test_side_file(self):
         with Shelf("parts_long") as shelf:
             path = shelf.path("parts_long/show.nuvid")
-            with open(path, "w", encoding="utf-8") as file:
-                file.write(example("nuvid"))
+            write(path, example("nuvid"))
             with Player("-noresume", shelf.path("parts_long/show_1.mpg")) as player:
                 player.wait_stats(lambda s: s["frames_shown"] > 5)
                 self.assertEqual(player.cmd("Nuvid currentzoom"), "3")
@@ -26,8 +24,7 @@ class Formats(unittest.TestCase):
                 player.cmd("Nuvid bookmark next")    # the first one lies in what is read ahead already
                 wait_for(lambda: player.cmd("Nuvid currentfilename") == "show_3.mpg", 5, "the bookmark in the third file")
                 player.wait_stats(lambda s: s["total_frames_shown"] > seen + 5)
-            with open(path, encoding="utf-8") as file:
-                lines = file.read().splitlines()
+            lines = read(path).splitlines()
             kept = [line for line in example("nuvid").splitlines() if not line.startswith("r ")]
             self.assertEqual([line for line in lines if not line.startswith("r ")], kept)
 
@@ -49,16 +46,13 @@ class Formats(unittest.TestCase):
             player.cmd("Nuvid quit")
             player.wait_exit()
             written = os.path.join(folder, "settings.ini")
-            with open(written, encoding="utf-8") as file:
-                keys = re.findall(r"^(\w+)=", file.read(), re.M)
+            keys = re.findall(r"^(\w+)=", read(written), re.M)
             for key in re.findall(r"^(\w+)=", example("ini"), re.M):
                 self.assertIn(key, keys)
-            with open(written, "w", encoding="utf-8") as file:
-                file.write(example("ini"))
+            write(written, example("ini"))
             with Player(options=(f"--state={folder}",)) as again:
                 again.cmd("Nuvid ping")
-            with open(written, encoding="utf-8") as file:
-                text = file.read()
+            text = read(written)
             for line in example("ini").splitlines():
                 self.assertIn(line, text)
 

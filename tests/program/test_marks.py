@@ -5,7 +5,7 @@ import subprocess
 import tempfile
 import unittest
 
-from nuvid import Player, Shelf, together, wait_for
+from nuvid import Player, Shelf, read, together, wait_for, write
 
 SIGNATURE = "#Nuvid File. Do not modify\n"
 NAME = "it's 100% @ home, 日本"
@@ -64,16 +64,6 @@ def seconds_shown(player):
 
 def current(player):
     return player.cmd("Nuvid currentfilename").rsplit("/", 1)[-1]
-
-
-def write(path, text):
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(text)
-
-
-def read(path):
-    with open(path, encoding="utf-8") as file:
-        return file.read()
 
 
 class Resume(unittest.TestCase):

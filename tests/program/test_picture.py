@@ -1,10 +1,9 @@
 """What is on the screen: zoom modes measured in pictures, output resolutions, programs and sound tracks."""
 import math
-import os
 import subprocess
 import unittest
 
-from nuvid import Player, Shelf, together, wait_for
+from nuvid import Player, Shelf, read, together, wait_for
 
 HEIGHT = 576
 RADIUS = 120    # of the circle, in lines of the film
@@ -122,8 +121,7 @@ class Resolutions(unittest.TestCase):
                 self.assertGreater(sum(shot(player)[540]), 20 * 1920, "the picture stays")
                 player.cmd("Nuvid play")
                 player.wait_stats(lambda s: s["frames_shown"] > 30, what="playing after the pause")
-            with open(shelf.path("show.nuvid"), encoding="utf-8") as file:
-                self.assertIn("\nv 2\n", file.read())
+            self.assertIn("\nv 2\n", read(shelf.path("show.nuvid")))
             with self.play(film) as player:
                 self.screen_is(player, (1920, 1080))
             with self.play(shelf.put("mpeg1_mp2.mpg")) as player:

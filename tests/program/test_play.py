@@ -79,7 +79,6 @@ class Recordings(unittest.TestCase):
 
     def test_names_in_any_script(self):
         with Shelf("names") as shelf:
-            import os
             names = sorted(os.listdir(shelf.path("names")))
             self.assertGreater(len(names), 4, FIXTURES)
 
@@ -105,7 +104,6 @@ class SeveralFiles(unittest.TestCase):
                 })
 
     def test_a_part_that_is_taken_away_ends_the_recording(self):
-        import os
         with Shelf("parts_long") as shelf:
             with Player("-noresume", "-exitatend", shelf.path("parts_long/show_1.mpg")) as player:
                 player.wait_stats(lambda s: s["frames_shown"] > 5)

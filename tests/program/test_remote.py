@@ -10,7 +10,7 @@ import time
 import unittest
 
 import browser
-from nuvid import SANITIZE, SLOW, Player, Shelf, wait_for
+from nuvid import SANITIZE, SLOW, Player, Shelf, read, wait_for
 from websocket import BINARY, CLOSE, TEXT, Refused, WebSocket
 
 FILM = "parts_long_whole.mpg"
@@ -80,15 +80,10 @@ def hangs_up(link, seconds=10):
     return False
 
 
-def libraries(player):
-    with open(f"/proc/{player.process.pid}/maps", encoding="utf-8") as file:
-        return file.read()
-
-
 class Page(unittest.TestCase):
     def test_its_own_files_and_nothing_else(self):
         with Phone() as player:
-            self.assertNotIn("nuvid-remote.so", libraries(player))    # nobody has connected
+            self.assertNotIn("nuvid-remote.so", read(f"/proc/{player.process.pid}/maps"))    # nobody has connected
             status, fields, body = player.request("GET", "/")
             self.assertEqual((status, fields["Content-Type"]), (200, "text/html; charset=utf-8"))
             self.assertIn(b"<main", body)
@@ -388,8 +383,7 @@ class Pairing(unittest.TestCase):
             self.assertTrue("HttpOnly" in cookie and "SameSite=Strict" in cookie, cookie)
             token = re.match(r"NuvidRemote=([0-9a-f]{32});", cookie).group(1)
             wait_for(lambda: not shown(player), 5, "the code has gone")
-            with open(os.path.join(player.state, "settings.ini"), encoding="utf-8") as file:
-                stored = file.read()
+            stored = read(os.path.join(player.state, "settings.ini"))
             self.assertIn("[PairedDevices]", stored)
             self.assertNotIn(token, stored)
 
@@ -418,14 +412,7 @@ class Pairing(unittest.TestCase):
             player.post("/code")
             title = wait_for(lambda: next((title for title in player.stats()["windows"] if title.startswith("Pairing code")), None), 5, "the code")
             cookie = player.post("/pair", title.removeprefix("Pairing code "))[1]["Set-Cookie"].split(";")[0]
-            settings = os.path.join(player.state, "settings.ini")
-
-            def is_stored():
-                with contextlib.suppress(FileNotFoundError), open(settings, encoding="utf-8") as file:
-                    return "[PairedDevices]" in file.read()
-                return False
-
-            wait_for(is_stored, 5, "the device is stored")
+            wait_for(lambda: "[PairedDevices]" in read(os.path.join(player.state, "settings.ini")), 5, "the device is stored")
             kept = player.folder + "-kept"
             shutil.copytree(player.state, kept)
             self.addCleanup(shutil.rmtree, kept, True)

@@ -7,24 +7,11 @@ import subprocess
 import tempfile
 import unittest
 
-from nuvid import FIXTURES, Player, Shelf, together, wait_for
+from nuvid import FIXTURES, Player, Shelf, read, together, wait_for, write
 
 SIGNATURE = "#Nuvid File. Do not modify\n"
 UNWRITABLE = "Can not open settings file for writing"
 BYTES_A_SECOND = os.path.getsize(os.path.join(FIXTURES, "parts_long_whole.mpg")) / 60
-
-
-def read(path):
-    try:
-        with open(path, encoding="utf-8") as file:
-            return file.read()
-    except FileNotFoundError:
-        return ""
-
-
-def write(path, text):
-    with open(path, "w", encoding="utf-8") as file:
-        file.write(text)
 
 
 def point(text):
