@@ -1,10 +1,10 @@
 // The description that a media server gives of itself.
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "host/upnp/control/AddressRule.h"
 #include "host/upnp/control/DeviceDescription.h"
+#include "tests/fuzz/Require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
@@ -13,9 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (const auto found = host::ReadDeviceDescription(text, "in", "http://192.168.1.5:80/a/desc.xml")) {
         // What is trusted stays in the network however the address is written.
         const bool trusted = rule.AllowsUrl(found->controlUrl);
-        if (found->name.empty() || found->name.size() > 256 || found->controlUrl.empty() || (trusted && found->controlUrl.rfind("http://192.168.1.", 0) != 0)) {
-            std::abort();
-        }
+        Require(!found->name.empty() && found->name.size() <= 256 && !found->controlUrl.empty());
+        Require(!trusted || found->controlUrl.rfind("http://192.168.1.", 0) == 0);
     }
     rule.AllowsUrl(text);
     return 0;

@@ -1,21 +1,14 @@
 // What a media server answers: a SOAP envelope with DIDL-Lite in it, or DIDL-Lite alone.
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "host/upnp/control/BrowseMessage.h"
 #include "host/upnp/control/DidlObjects.h"
+#include "tests/fuzz/Require.h"
 
 namespace {
 
 constexpr size_t kMost = 50;
-
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
 
 void RequireTidy(const CascadeString& text, size_t most)
 {

@@ -1,9 +1,9 @@
 // The header lines of a web server's answer, and what they mean for a stream. The first byte says what was asked.
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "host/network/HttpStreamAnswer.h"
+#include "tests/fuzz/Require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
@@ -24,13 +24,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const std::optional<uint64_t> known = (data[0] & 4) != 0 ? std::optional<uint64_t>(100000) : std::nullopt;
     const host::HttpJudgement judged = host::JudgeHttpAnswer(request, answer, known);
     for (const unsigned char c : answer.reason) {
-        if (c < ' ' || c > '~') {
-            std::abort();
-        }
+        Require(c >= ' ' && c <= '~');
     }
     // A body that is taken begins at or before the byte that was asked for.
-    if (judged.verdict == host::HttpVerdict::kTake && judged.start > request.from) {
-        std::abort();
-    }
+    Require(judged.verdict != host::HttpVerdict::kTake || judged.start <= request.from);
     return 0;
 }

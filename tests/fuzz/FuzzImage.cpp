@@ -4,22 +4,15 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "sources/DVDISOStream.h"
 #include "sources/IFOCells.h"
+#include "tests/fuzz/Require.h"
 
 namespace {
 
 constexpr off_t kDescriptor = 32768;
-
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
 
 // The same bytes must come in one read and in pieces.
 void ReadTwice(CascadeStream& stream, unsigned long long position)

@@ -1,18 +1,16 @@
 // The information file beside a recording.
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "browser/EInfoFile.h"
 #include "browser/TextBytes.h"
+#include "tests/fuzz/Require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     const CascadeString text = TextBytes::Decode(std::string_view(reinterpret_cast<const char*>(data), size));
     // No encoding makes more than three bytes of one.
-    if (text.GetLength() > size * 3) {
-        std::abort();
-    }
+    Require(text.GetLength() <= size * 3);
     EInfoFile info;
     info.ParseText(text);
     size_t fields = 0;
@@ -20,8 +18,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         fields += field->GetLength();
     }
     // What is taken out of the text is no more than the text, and a text always says something.
-    if (fields > text.GetLength() || (fields == 0 && !text.IsEmpty())) {
-        std::abort();
-    }
+    Require(fields <= text.GetLength() && (fields > 0 || text.IsEmpty()));
     return 0;
 }

@@ -1,10 +1,10 @@
 // The information file of a DVD title set.
 #include <cstdint>
-#include <cstdlib>
 #include <set>
 #include <string>
 
 #include "sources/IFOCells.h"
+#include "tests/fuzz/Require.h"
 #include "tests/sources/MemoryStream.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -13,19 +13,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const IFOCells cells(stream);
     std::set<std::pair<uint16_t, uint16_t>> seen;
     for (const cell_info& cell : cells.GetCells()) {
-        if (cell.size <= 802816 || cell.location < 0 || !seen.emplace(cell.vobId, cell.cellId).second) {
-            std::abort();
-        }
+        Require(cell.size > 802816 && cell.location >= 0 && seen.emplace(cell.vobId, cell.cellId).second);
     }
     std::set<int32_t> numbers;
     for (const audio_stream& audio : cells.GetAudioStreams()) {
-        if (!numbers.insert(audio.streamId & 7).second) {
-            std::abort();
-        }
+        Require(numbers.insert(audio.streamId & 7).second);
     }
     // A table that lies about its length must not be read again and again.
-    if (seen.size() > size / 12 || stream.BytesRead() > (16U << 20)) {
-        std::abort();
-    }
+    Require(seen.size() <= size / 12 && stream.BytesRead() <= (16U << 20));
     return DescribeStreams(cells.GetAudioStreams()).IsEmpty() || DescribeStream(cells.GetVideo()).IsEmpty() ? -1 : 0;
 }

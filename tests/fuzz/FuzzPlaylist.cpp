@@ -1,9 +1,9 @@
 // A playlist, and the same once more after it was written.
 #include <cstdint>
-#include <cstdlib>
 #include <string_view>
 
 #include "app/Playlist.h"
+#include "tests/fuzz/Require.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
@@ -12,17 +12,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     for (const CascadeString& path : paths) {
         // Nothing is relative any more, and no line is longer than what was read and the folder.
         const char first = path.Text()[0];
-        if ((first != '/' && first != ':' && !path.Str().starts_with("http://")) || path.GetLength() > size + 8) {
-            std::abort();
-        }
+        Require((first == '/' || first == ':' || path.Str().starts_with("http://")) && path.GetLength() <= size + 8);
     }
     // What was written is read as the same items, but where an item is longer than a line may be or holds a line's end.
     bool plain = true;
     for (const CascadeString& path : paths) {
         plain = plain && path.GetLength() < 500 && path.Str().find_first_of("\r\n") == std::string::npos;
     }
-    if (plain && Playlist::Parse(Playlist::Format(paths), "/elsewhere") != paths) {
-        std::abort();
-    }
+    Require(!plain || Playlist::Parse(Playlist::Format(paths), "/elsewhere") == paths);
     return 0;
 }

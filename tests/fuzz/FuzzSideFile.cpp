@@ -3,19 +3,12 @@
 #include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "playback/FileSettings.h"
+#include "tests/fuzz/Require.h"
 
 namespace {
-
-void Require(bool condition)
-{
-    if (!condition) {
-        std::abort();
-    }
-}
 
 std::string Format(const FileSettings& settings)
 {

@@ -1,10 +1,10 @@
 // The timestamp repair: the first byte of the input says how long a buffer is, the rest is the stream.
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 #include "playback/PackParser.h"
+#include "tests/fuzz/Require.h"
 
 namespace {
 
@@ -23,9 +23,7 @@ void RequireStampsOnly(const std::vector<unsigned char>& before, const std::vect
             const unsigned char* const code = &after[i - back];
             inStamp = code[0] == 0 && code[1] == 0 && code[2] == 1;
         }
-        if (!inStamp) {
-            std::abort();
-        }
+        Require(inStamp);
     }
 }
 
