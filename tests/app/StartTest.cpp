@@ -25,15 +25,6 @@ TEST_F(StartTest, TheFirstFileIsOpenedAfterThreeTicks)
     EXPECT_EQ(CurrentFile(), "a.mpg");
 }
 
-TEST_F(StartTest, WithoutAFileTheViewerIsAskedAtTheFirstTick)
-{
-    Start({});
-    EXPECT_FALSE(MainMenuIsOpen());
-    TestPlatform::Tick();
-    EXPECT_TRUE(MainMenuIsOpen());
-    EXPECT_FALSE(TestPlatform::WasTerminated());
-}
-
 TEST_F(StartTest, UnattendedWithoutAFileQuits)
 {
     Start({"-unattended"});
@@ -41,17 +32,6 @@ TEST_F(StartTest, UnattendedWithoutAFileQuits)
     EXPECT_TRUE(TestPlatform::WasTerminated());
     EXPECT_EQ(TestPlatform::ExitCode(), 0);
     EXPECT_EQ(TestPlatform::RunningTimers(), 0);
-}
-
-TEST_F(StartTest, FilesThatFailAreTriedOnePerTickUntilOneOpens)
-{
-    Start({m_Folder / "missing1.mpg", m_Folder / "missing2.mpg", MakeFile("c.mpg")});
-    const std::string first = Ticked(4);
-    EXPECT_EQ(Count(first, "File open failed!"), 1);
-    EXPECT_TRUE(Shows("File open failed"));
-    EXPECT_EQ(Count(Ticked(1), "File open failed!"), 1);
-    TestPlatform::Tick();
-    EXPECT_EQ(CurrentFile(), "c.mpg");
 }
 
 TEST_F(StartTest, WhenAllFilesFailTheViewerIsAsked)
