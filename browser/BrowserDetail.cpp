@@ -96,6 +96,7 @@ void BrowserDetail::Show(const Content& content)
     if (!samePicture) {
         CascadeThumbnails::Cancel(*this);
         m_Thumbnail.Destroy();
+        m_nSeconds = 0;
         ShowPicture();
     }
     Redraw();
@@ -109,20 +110,46 @@ void BrowserDetail::ShowPicture()
     if (!m_Content.picture.IsEmpty()) {
         m_Picture.SetJpegFilePath(m_Content.picture);
         m_Picture.Materialize(kPlane2);
-        return;
+    } else {
+        m_Picture.Vanish();
+        m_Picture.SetJpegFilePath("");
     }
-    m_Picture.Vanish();
-    m_Picture.SetJpegFilePath("");
     if (!m_Content.thumbnailOf.IsEmpty()) {
         CascadeThumbnails::Request(m_Content.thumbnailOf, *this);
     }
 }
 
-void BrowserDetail::OnThumbnail(const char* path, const char* pictureFile)
+void BrowserDetail::OnThumbnail(const char* path, const char* pictureFile, int seconds)
 {
-    if (m_Content.thumbnailOf == path && *pictureFile != '\0' && m_Thumbnail.CreateFromFile(pictureFile)) {
-        Redraw();
+    if (!(m_Content.thumbnailOf == path)) {
+        return;
     }
+    m_nSeconds = m_Content.isWhole ? seconds : 0;
+    if (m_Content.picture.IsEmpty() && *pictureFile != '\0') {
+        m_Thumbnail.CreateFromFile(pictureFile);
+    }
+    Redraw();
+}
+
+CascadeString BrowserDetail::DurationText(int seconds)
+{
+    constexpr int kMinute = 60;
+    constexpr int kHour = 60 * kMinute;
+    return seconds < kHour ? CascadeString::Format("%d:%02d min", seconds / kMinute, seconds % kMinute) :
+                             CascadeString::Format("%d h %02d min", seconds / kHour, seconds % kHour / kMinute);
+}
+
+std::vector<CascadeString> BrowserDetail::Facts() const
+{
+    std::vector<CascadeString> facts = m_Content.facts;
+    if (m_nSeconds > 0) {    // beside the size: each line that is saved is one of the description
+        facts.insert(facts.begin(), DurationText(m_nSeconds));
+        if (facts.size() > 1) {
+            facts[0] += " \xC2\xB7 " + facts[1];
+            facts.erase(facts.begin() + 1);
+        }
+    }
+    return facts;
 }
 
 void BrowserDetail::OnPaint(CascadeBitmap& bitmap)
@@ -133,7 +160,7 @@ void BrowserDetail::OnPaint(CascadeBitmap& bitmap)
     const int width = GetRect().width - 2 * BrowserLayout::kDetailPadding;
     int top = BrowserLayout::kPicture.Bottom() + kGap + kLineGap;
     top = PaintLines(bitmap, top, FitLines(m_Content.heading, width, m_HeadingFont, kHeadingLines), m_HeadingFont, m_Palette.text) + kGap;
-    for (const CascadeString& fact : m_Content.facts) {
+    for (const CascadeString& fact : Facts()) {
         top = PaintLines(bitmap, top, FitLines(fact, width, m_TextFont, kFactLines), m_TextFont, m_Palette.quiet);
     }
     PaintDescription(bitmap, top + kGap);

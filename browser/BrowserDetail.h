@@ -21,11 +21,14 @@ public:
         std::vector<CascadeString> facts;    // a line each
         CascadeString text;
         CascadeString picture;    // JPEG; empty: none
-        CascadeString thumbnailOf;    // without a picture: the recording to ask one of; empty: none
+        CascadeString thumbnailOf;    // the recording to ask of its length, and without a picture one of that; empty: none
+        bool isWhole = true;    // not one of several files, whose length would be that of the first
         bool isFolder = false;
     };
 
     BrowserDetail();
+
+    static CascadeString DurationText(int seconds);
 
     void SetGraphicsPath(const char* folder);    // of the theme, with a trailing "/"
     void SetDefaultThumbnail(const char* path) { m_DefaultPath = path; }    // of recordings
@@ -37,10 +40,11 @@ public:
     void OnVanish() override;
 
 private:
-    void OnThumbnail(const char* path, const char* pictureFile) override;
+    void OnThumbnail(const char* path, const char* pictureFile, int seconds) override;
     void ShowPicture();
     void PaintPicture(CascadeBitmap& bitmap) const;
     int PaintLines(CascadeBitmap& bitmap, int top, const std::vector<CascadeString>& lines, const CascadeFont& font, CascadeColor color) const;
+    std::vector<CascadeString> Facts() const;
     void PaintDescription(CascadeBitmap& bitmap, int top) const;
 
     EPalette m_Palette;
@@ -50,6 +54,7 @@ private:
     CascadeBitmap m_Default;
     CascadeBitmap m_Folder;
     CascadeBitmap m_Thumbnail;    // empty: not there yet, or none
+    int m_nSeconds = 0;    // of the recording; 0: not known
     EJpegWidget m_Picture;
     CascadeFont m_HeadingFont;
     CascadeFont m_TextFont;

@@ -17,14 +17,6 @@ constexpr int kDetailRetryTicks = 5;
 constexpr uint32_t kDetailPatienceMs = 2000;    // then a question to a dead server is left behind
 constexpr int kMostHungDetails = 4;    // left behind in one folder, each with a thread
 
-CascadeString DurationText(int32_t seconds)
-{
-    constexpr int kMinute = 60;
-    constexpr int kHour = 60 * kMinute;
-    return seconds < kHour ? CascadeString::Format("%d:%02d min", seconds / kMinute, seconds % kMinute) :
-                             CascadeString::Format("%d h %02d min", seconds / kHour, seconds % kHour / kMinute);
-}
-
 CascadeString DateText(int64_t seconds)
 {
     const auto time = static_cast<time_t>(seconds);
@@ -204,7 +196,7 @@ void EFileBrowser::ShowDetail(const ItemDetail& detail)
     BrowserDetail::Content content;
     content.heading = detail.info.file.IsEmpty() || detail.info.IsOfParentFolder() ? CascadeString(m_List.GetText(item, 0)) : Titled(detail.info);
     if (detail.isDVD && detail.duration > 0) {
-        content.facts.push_back("DVD, " + DurationText(detail.duration));
+        content.facts.push_back("DVD, " + BrowserDetail::DurationText(detail.duration));
     } else if (facts->kind == ItemKind::kFolder || detail.isDVD) {
         content.facts.push_back(detail.isDVD ? "DVD" : "Folder");
     }
@@ -222,7 +214,8 @@ void EFileBrowser::ShowDetail(const ItemDetail& detail)
     AddInfo(content, detail.info);
     content.isFolder = facts->kind == ItemKind::kFolder;
     content.picture = detail.picture;
-    if (content.picture.IsEmpty() && (facts->kind == ItemKind::kFile || detail.isDVD)) {
+    content.isWhole = facts->parts == 1 && !detail.isDVD;
+    if (facts->kind == ItemKind::kFile || (content.picture.IsEmpty() && detail.isDVD)) {
         content.thumbnailOf = detail.path;
     }
     m_Detail.Show(content);

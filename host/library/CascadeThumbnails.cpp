@@ -60,7 +60,7 @@ Service& TheService()
     return *service;
 }
 
-void Answer(uint64_t number, const std::string& pictureFile)
+void Answer(uint64_t number, const Thumbnail& thumbnail)
 {
     auto& outstanding = TheService().outstanding;
     const auto found = outstanding.find(number);
@@ -68,12 +68,12 @@ void Answer(uint64_t number, const std::string& pictureFile)
         return;    // cancelled meanwhile
     }
     if (UiWaitDepth() > 0 && CascadeApp::s_pTheApp != nullptr) {    // some event is not over: not into the middle of it
-        CascadeApp::s_pTheApp->PostAfterWait([number, pictureFile] { Answer(number, pictureFile); });
+        CascadeApp::s_pTheApp->PostAfterWait([number, thumbnail] { Answer(number, thumbnail); });
         return;
     }
     const Outstanding answered = found->second;
     outstanding.erase(found);    // before the call: the client may ask anew in it, or go
-    answered.client->OnThumbnail(answered.path.c_str(), pictureFile.c_str());
+    answered.client->OnThumbnail(answered.path.c_str(), thumbnail.picture.c_str(), thumbnail.seconds);
 }
 
 void Work(Desk& desk)
@@ -90,7 +90,7 @@ void Work(Desk& desk)
         desk.running = job.number;
         desk.unwanted = false;
         lock.unlock();
-        const std::string picture = maker.PictureOf(job.path, [&desk] { return desk.unwanted.load(); });
+        const Thumbnail thumbnail = maker.Make(job.path, [&desk] { return desk.unwanted.load(); });
         lock.lock();
         desk.running = 0;
         if (desk.ending) {
@@ -99,7 +99,7 @@ void Work(Desk& desk)
         // Outside the lock, which a wake of the loop must not meet; the end waits for it.
         desk.posting = true;
         lock.unlock();
-        PostToUi([number = job.number, picture] { Answer(number, picture); });
+        PostToUi([number = job.number, thumbnail] { Answer(number, thumbnail); });
         lock.lock();
         desk.posting = false;
         desk.condition.notify_all();
@@ -149,7 +149,7 @@ void CascadeThumbnails::Request(const char* path, Client& client)
     const uint64_t number = ++service.lastNumber;
     service.outstanding[number] = {&client, path == nullptr ? "" : path};
     if (!host::EnsureWorker(service)) {
-        host::PostToUi([number] { host::Answer(number, ""); });
+        host::PostToUi([number] { host::Answer(number, {}); });
         return;
     }
     const std::lock_guard lock(service.desk->mutex);

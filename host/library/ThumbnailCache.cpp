@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -19,6 +20,7 @@ namespace {
 
 constexpr const char* kUriText = "Thumb::URI";
 constexpr const char* kTimeText = "Thumb::MTime";
+constexpr const char* kLengthText = "Thumb::Movie::Length";    // seconds
 constexpr const char* kOwnSize = "large";    // 256 pixels
 constexpr const char* kUsableSizes[] = {"large", "x-large", "xx-large"};    // the smallest that is not too small
 constexpr const char* kFailures = "fail/nuvid";
@@ -34,16 +36,22 @@ std::string NameOf(const std::string& uri)
     return std::string(sum.get()) + ".png";
 }
 
-bool IsOf(const std::string& file, const ThumbnailCache::Subject& subject)
+std::optional<PngTexts> TextsOf(const std::string& file)
 {
     const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (fd < 0) {
-        return false;
+        return std::nullopt;
     }
     struct stat status { };
     const bool isFile = fstat(fd, &status) == 0 && S_ISREG(status.st_mode);
-    const std::optional<PngTexts> texts = isFile ? ReadPngTexts(fd) : std::nullopt;
+    std::optional<PngTexts> texts = isFile ? ReadPngTexts(fd) : std::nullopt;
     close(fd);
+    return texts;
+}
+
+bool IsOf(const std::string& file, const ThumbnailCache::Subject& subject)
+{
+    const std::optional<PngTexts> texts = TextsOf(file);
     if (!texts) {
         return false;
     }
@@ -91,9 +99,10 @@ bool Replace(const std::string& folder, const std::string& name, const std::stri
     return true;
 }
 
-std::string Labelled(const ThumbnailCache::Subject& subject, const std::string& png)
+std::string Labelled(const ThumbnailCache::Subject& subject, const std::string& png, int seconds)
 {
-    return WithPngTexts(png, {{kUriText, subject.uri}, {kTimeText, std::to_string(subject.changed)}, {"Software", "Nuvid"}});
+    return WithPngTexts(png,
+        {{kUriText, subject.uri}, {kTimeText, std::to_string(subject.changed)}, {kLengthText, std::to_string(seconds)}, {"Software", "Nuvid"}});
 }
 
 }    // namespace
@@ -120,11 +129,25 @@ std::string ThumbnailCache::Find(const Subject& subject) const
     return {};
 }
 
-std::string ThumbnailCache::Keep(const Subject& subject, const std::string& png) const
+std::string ThumbnailCache::Keep(const Subject& subject, const std::string& png, int seconds) const
 {
     const std::string folder = m_Folder + "/" + kOwnSize;
     const std::string name = NameOf(subject.uri);
-    return Replace(folder, name, Labelled(subject, png)) ? folder + "/" + name : "";
+    return Replace(folder, name, Labelled(subject, png, seconds)) ? folder + "/" + name : "";
+}
+
+std::optional<int> ThumbnailCache::LengthIn(const std::string& picture)
+{
+    const std::optional<PngTexts> texts = TextsOf(picture);
+    const auto found = texts ? texts->find(kLengthText) : PngTexts::const_iterator();
+    if (!texts || found == texts->end()) {
+        return std::nullopt;
+    }
+    int seconds = 0;
+    const std::string& text = found->second;
+    // Other programs may write a fraction.
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    return error == std::errc() && seconds >= 0 && end != text.data() ? std::optional(seconds) : std::nullopt;
 }
 
 bool ThumbnailCache::HasFailed(const Subject& subject) const
@@ -134,7 +157,7 @@ bool ThumbnailCache::HasFailed(const Subject& subject) const
 
 void ThumbnailCache::KeepFailure(const Subject& subject, const std::string& png) const
 {
-    Replace(m_Folder + "/" + kFailures, NameOf(subject.uri), Labelled(subject, png));
+    Replace(m_Folder + "/" + kFailures, NameOf(subject.uri), Labelled(subject, png, 0));
 }
 
 }    // namespace host

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace host {
@@ -27,8 +28,10 @@ public:
 
     // The path of a valid picture, by whichever program, of 256 pixels or more. Empty: none.
     std::string Find(const Subject& subject) const;
-    // Stores it and answers its path. Empty: could not be written.
-    std::string Keep(const Subject& subject, const std::string& png) const;
+    // Stores it and answers its path. Empty: could not be written. `seconds`: how long the recording lasts, 0: not known.
+    std::string Keep(const Subject& subject, const std::string& png, int seconds = 0) const;
+    // What a picture that Find answered says of that; none: nothing.
+    static std::optional<int> LengthIn(const std::string& picture);
 
     // Whether nothing could be made of the file as it is now, and the note that it is so. `png`: any small picture.
     bool HasFailed(const Subject& subject) const;

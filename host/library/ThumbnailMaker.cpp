@@ -12,10 +12,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "host/library/FrameGrab.h"
+#include "host/library/RecordingLength.h"
 
 namespace host {
 namespace {
@@ -114,6 +116,19 @@ Grab GrabFromFile(const std::string& file, const std::function<bool()>& stop, Sm
     return grab;
 }
 
+// Of a plain recording: what a DVD holds are several.
+int LengthOfFile(const std::string& file, const std::function<bool()>& stop)
+{
+    const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    struct stat status { };
+    const bool isFile = fd >= 0 && fstat(fd, &status) == 0 && S_ISREG(status.st_mode) && !IsDiscImage(fd);
+    const int seconds = isFile ? RecordingLength(fd, status.st_size, stop) : 0;
+    if (fd >= 0) {
+        close(fd);
+    }
+    return seconds;
+}
+
 }    // namespace
 
 std::string MainVideoOfDvd(const std::string& folder)
@@ -131,7 +146,7 @@ ThumbnailMaker::ThumbnailMaker(std::string cacheFolder)
 {
 }
 
-std::string ThumbnailMaker::PictureOf(const std::string& path, const std::function<bool()>& stop) const
+Thumbnail ThumbnailMaker::Make(const std::string& path, const std::function<bool()>& stop) const
 {
     const std::string file = ResolvedFile(path);
     struct stat status { };
@@ -140,7 +155,9 @@ std::string ThumbnailMaker::PictureOf(const std::string& path, const std::functi
     }
     const ThumbnailCache::Subject subject {ThumbnailCache::UriOf(file), status.st_mtime};
     if (std::string known = m_Cache.Find(subject); !known.empty()) {
-        return known;
+        const std::optional<int> seconds = ThumbnailCache::LengthIn(known);
+        const bool isRecording = S_ISREG(status.st_mode);
+        return {known, seconds ? *seconds : isRecording ? LengthOfFile(file, stop) : 0};
     }
     const std::string video = S_ISDIR(status.st_mode) ? MainVideoOfDvd(file) : file;
     if (video.empty() || m_Cache.HasFailed(subject) || stop()) {
@@ -150,7 +167,8 @@ std::string ThumbnailMaker::PictureOf(const std::string& path, const std::functi
     const Grab grab = GrabFromFile(video, stop, picture);
     if (grab == Grab::kPicture) {
         const std::string png = EncodePng(picture);
-        return png.empty() ? "" : m_Cache.Keep(subject, png);
+        const int seconds = png.empty() || video != file ? 0 : LengthOfFile(file, stop);
+        return {png.empty() ? "" : m_Cache.Keep(subject, png, seconds), seconds};
     }
     if (grab == Grab::kNothing) {
         m_Cache.KeepFailure(subject, OnePixelPng());

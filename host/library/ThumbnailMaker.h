@@ -12,6 +12,11 @@
 
 namespace host {
 
+struct Thumbnail {
+    std::string picture;    // path; empty: none
+    int seconds = 0;    // that the recording lasts; 0: not known
+};
+
 class ThumbnailMaker {
 public:
     // `cacheFolder` as for ThumbnailCache.
@@ -19,7 +24,7 @@ public:
 
     // A recording, a DVD folder or a DVD image, also one with its title set behind a "~". `stop` is asked often;
     // a work that it ends answers nothing and leaves nothing behind.
-    std::string PictureOf(const std::string& path, const std::function<bool()>& stop) const;
+    Thumbnail Make(const std::string& path, const std::function<bool()>& stop) const;
 
 private:
     ThumbnailCache m_Cache;

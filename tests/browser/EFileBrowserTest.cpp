@@ -301,6 +301,19 @@ TEST_F(EFileBrowserTest, AFolderIsDescribedAsFarAsThereIsRoom)
     EXPECT_LT(EFileBrowser::GetAssociatedDescription(info, 60, box).GetLength(), EFileBrowser::GetAssociatedDescription(info, 1000, box).GetLength());
 }
 
+TEST_F(EFileBrowserTest, ARecordingTellsHowLongItLasts)
+{
+    m_Folder.Write("film.mpg", "x");
+    m_Folder.Write("show_1.mpg", "x");
+    m_Folder.Write("show_2.mpg", "x");
+    OpenAndList("", EFileBrowser::kFilterSequence);
+    ASSERT_TRUE(TestPlatform::AnswerThumbnail(m_Folder / "film.mpg", "", 3725));
+    EXPECT_THAT(Painted("Browser detail"), HasSubstr("1 h 02 min"));
+    Press(Remote::kDown);
+    ASSERT_TRUE(TestPlatform::AnswerThumbnail(m_Folder / "show_1.mpg", "", 3725));    // the first of two parts
+    EXPECT_THAT(Painted("Browser detail"), testing::Not(HasSubstr("1 h 02 min")));
+}
+
 TEST_F(EFileBrowserTest, InfoDeletesOrLeaves)
 {
     m_Folder.Write("film.mpg", "x");

@@ -64,7 +64,7 @@ TEST(ThumbnailCacheTest, KeepsPicturesForTheUserAlone)
     const std::string picture = cache.Keep(kSubject, kPng);
     EXPECT_EQ(cache.Find(kSubject), picture);
     EXPECT_EQ(cache.Keep(kSubject, kPng), picture);    // in place of the old one
-    EXPECT_EQ(TextsOf(picture), (PngTexts {{"Thumb::URI", kSubject.uri}, {"Thumb::MTime", "1078241235"}, {"Software", "Nuvid"}}));
+    EXPECT_EQ(TextsOf(picture), (PngTexts {{"Thumb::URI", kSubject.uri}, {"Thumb::MTime", "1078241235"}, {"Thumb::Movie::Length", "0"}, {"Software", "Nuvid"}}));
     EXPECT_EQ(ModeOf(picture), 0600u);
     EXPECT_EQ(ModeOf(folder / "new/thumbnails/large"), 0700u);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder / "new/thumbnails/large"), {}), 1);

@@ -28,7 +28,9 @@ protected:
     std::string PictureOf(const std::string& path)
     {
         m_nAsked = 0;
-        return m_Maker.PictureOf(path, [this] { return ++m_nAsked >= m_nStopAt; });
+        const Thumbnail thumbnail = m_Maker.Make(path, [this] { return ++m_nAsked >= m_nStopAt; });
+        m_nSeconds = thumbnail.seconds;
+        return thumbnail.picture;
     }
     size_t CountIn(const std::string& folder) const
     {
@@ -47,6 +49,7 @@ protected:
     ThumbnailMaker m_Maker {m_Cache.Path()};
     int m_nAsked = 0;    // in the last making: 0 or 1 when nothing was read
     int m_nStopAt = 1 << 30;
+    int m_nSeconds = -1;    // the last making's
 };
 
 struct Look {
@@ -114,6 +117,28 @@ TEST_F(ThumbnailMakerTest, MakesAPictureOnceUntilTheFileChanges)
     EXPECT_EQ(PictureOf(film), picture);
     EXPECT_GT(m_nAsked, 1);
     EXPECT_EQ(CountIn("large"), 1u);
+}
+
+TEST_F(ThumbnailMakerTest, TellsHowLongARecordingLasts)
+{
+    const struct {
+        const char* path;
+        int seconds;
+    } kFilms[] = {{"mpeg2_mp2.mpg", 5}, {"ts_2audio.ts", 5}, {"ts_204byte.ts", 5}, {"wrap.mpg", 5}, {"parts_long_whole.mpg", 60}, {"dvd", 0}, {"dvd.iso", 0}};
+    for (const auto& film : kFilms) {
+        for (const char* time : {"first", "from the cache"}) {
+            PictureOf(kFixtures + film.path);
+            EXPECT_NEAR(m_nSeconds, film.seconds, 1) << film.path << " " << time;
+        }
+    }
+    // A clock that starts again: nobody knows.
+    std::ofstream joined(m_Films / "joined.mpg", std::ios::binary);
+    for (int i = 0; i < 3; ++i) {
+        joined << std::ifstream(kFixtures + "mpeg2_mp2.mpg", std::ios::binary).rdbuf();
+    }
+    joined.close();
+    PictureOf(m_Films / "joined.mpg");
+    EXPECT_EQ(m_nSeconds, 0);
 }
 
 TEST_F(ThumbnailMakerTest, RemembersWhatHasNoPicture)

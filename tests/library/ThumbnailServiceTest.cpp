@@ -48,7 +48,7 @@ const TemporaryFolder& CacheHome()
 }
 
 struct Client : CascadeThumbnails::Client {
-    void OnThumbnail(const char* path, const char* pictureFile) override
+    void OnThumbnail(const char* path, const char* pictureFile, int /*seconds*/) override
     {
         answers.push_back({path, pictureFile});
         if (then) {

@@ -116,6 +116,9 @@ using SettingsStore = std::map<std::string, std::map<std::string, std::string>>;
 SettingsStore& Settings();
 void RefuseSettings(bool refuse);    // no section can be made, nothing be written
 
+// ---- thumbnails: the first request for the path is answered
+bool AnswerThumbnail(const std::string& path, const std::string& pictureFile, int seconds = 0);
+
 // ---- HTTP
 struct HTTPResource {
     std::string bytes;
