@@ -40,17 +40,19 @@ std::pair<size_t, size_t> TypeOf(const std::string& protocolInfo)
     return {second + 1, std::min(protocolInfo.find(':', second + 1), protocolInfo.size()) - second - 1};
 }
 
-void CorrectType(std::string& protocolInfo, std::string_view url, std::string_view title)
+void CorrectType(CascadeUPnP::AVResource& resource, std::string_view title)
 {
+    const std::string& protocolInfo = resource.protocolInfo.Str();
     const auto [at, length] = TypeOf(protocolInfo);
-    if (at == std::string::npos) {
+    if (at == std::string::npos || std::string_view(protocolInfo).substr(at, length) == kMpeg) {
         return;
     }
+    const std::string_view url = resource.url.Str();
     std::string type = Lower(std::string_view(protocolInfo).substr(at, length));
     type = type.substr(0, type.find(';'));
     const bool isMpeg = std::find(std::begin(kMpegTypes), std::end(kMpegTypes), type) != std::end(kMpegTypes);
     if (isMpeg || (type == kUnknownType && (EndsLikeMpeg(title) || EndsLikeMpeg(url.substr(0, url.find_first_of("?#")))))) {
-        protocolInfo.replace(at, length, kMpeg);
+        resource.protocolInfo = std::string(protocolInfo).replace(at, length, kMpeg);
     }
 }
 
@@ -89,17 +91,17 @@ public:
                 }
             }
         }
-        m_nTextDepth = depth;
+        m_bWanted = m_pObject && depth == 3 && (name == "title" || name == "class" || name == "res");
     }
     void OnText(std::string_view text) override
     {
-        if (m_pObject && m_nTextDepth == 3 && m_Text.size() + text.size() <= kLongestResourceUrl) {
+        if (m_bWanted && m_Text.size() + text.size() <= kLongestResourceUrl) {
             m_Text += text;
         }
     }
     bool OnEnd(std::string_view name, int depth) override
     {
-        m_nTextDepth = depth - 1;
+        m_bWanted = m_bWanted && depth != 3;
         if (!m_pObject) {
             return true;
         }
@@ -120,9 +122,9 @@ private:
         } else if (name == "class") {
             m_pObject->upnpClass = TidyText(m_Text, kLongestWord);
         } else if (name == "res" && m_pObject->resources.GetSize() < kMostResources) {
-            const std::string url = TidyText(m_Text, kLongestResourceUrl);
-            m_Resource.url = m_Rule.AllowsUrl(url) ? url : std::string();
-            m_pObject->resources.Append(m_Resource);
+            std::string url = TidyText(m_Text, kLongestResourceUrl);
+            m_Resource.url = m_Rule.AllowsUrl(url) ? std::move(url) : std::string();
+            m_pObject->resources.Append(std::move(m_Resource));
         }
         m_Text.clear();
     }
@@ -131,9 +133,7 @@ private:
         ++m_Out.count;
         // The title may follow the resources.
         for (CascadeUPnP::AVResource& resource : m_pObject->resources) {
-            std::string corrected = resource.protocolInfo.Str();
-            CorrectType(corrected, resource.url.Str(), m_pObject->title.Str());
-            resource.protocolInfo = std::move(corrected);
+            CorrectType(resource, m_pObject->title.Str());
         }
         if (!m_pObject->id.IsEmpty()) {
             if (m_pObject->title.IsEmpty()) {
@@ -150,7 +150,7 @@ private:
     std::unique_ptr<CascadeUPnP::AVObject> m_pObject;    // open
     CascadeUPnP::AVResource m_Resource;
     std::string m_Text;
-    int m_nTextDepth = 0;
+    bool m_bWanted = false;    // the text of the element that is open
 };
 
 }    // namespace

@@ -1,6 +1,7 @@
 #include "host/upnp/control/XmlWalk.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 
 #include <glib.h>
@@ -133,13 +134,12 @@ std::string TidyText(std::string_view text, size_t most)
         }
         text = text.substr(0, most);
     }
-    std::string tidy(text);
-    std::replace_if(tidy.begin(), tidy.end(), [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' ');
-    const size_t first = tidy.find_first_not_of(' ');
-    if (first == std::string::npos) {
-        return {};
-    }
-    return tidy.substr(first, tidy.find_last_not_of(' ') + 1 - first);
+    const auto isBlank = [](unsigned char c) { return c <= ' ' || c == 0x7F; };
+    const auto first = std::find_if_not(text.begin(), text.end(), isBlank);
+    const auto last = std::find_if_not(text.rbegin(), std::make_reverse_iterator(first), isBlank).base();
+    std::string tidy(first, last);
+    std::replace_if(tidy.begin(), tidy.end(), isBlank, ' ');
+    return tidy;
 }
 
 }    // namespace host
