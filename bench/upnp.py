@@ -110,4 +110,7 @@ def main(items):
 if __name__ == "__main__":
     if not upnp.enter_private_network():
         sys.exit("no network namespace can be had")
+    if len(sys.argv) > 2:
+        for command in ("ip link set lo mtu 1500", f"tc qdisc add dev lo root tbf rate {sys.argv[2]} burst 128k latency 400ms"):
+            subprocess.run(command.split(), check=True)
     main(int(sys.argv[1]))
