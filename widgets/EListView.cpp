@@ -19,6 +19,7 @@ void EListView::SetGraphicsPath(const char* folder)
 {
     m_Palette = EPalette::Load(folder);
     m_Panel.Destroy();
+    m_Focus.Destroy();
     Redraw();
 }
 

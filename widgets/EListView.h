@@ -138,6 +138,7 @@ private:
     CascadeFont m_Font;
     CascadeFont m_QuietFont;
     CascadeBitmap m_Panel;    // as large as the window
+    CascadeBitmap m_Focus;    // behind the row of the cursor
     unsigned m_nPanelResolution = 0;
     std::unique_ptr<EIconLoader> m_pIcons;
 };

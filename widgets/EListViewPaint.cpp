@@ -28,6 +28,13 @@ constexpr size_t kMostTrimmed = 128;
 constexpr CascadeColor kMarkRim = 0x00000090;
 constexpr int kUnfocusedLine = 2;
 
+// Only a part of the list may be painted; shaping a text that is not in it is the larger part of the work.
+bool IsDue(const CascadeBitmap& bitmap, CascadeRect rect)
+{
+    rect.Intersect(bitmap.GetBounds());
+    return !rect.IsEmpty();
+}
+
 }    // namespace
 
 CascadeRect EListView::RowsRect() const
@@ -60,6 +67,7 @@ void EListView::PaintPanel(CascadeBitmap& bitmap)
         m_nPanelResolution = CascadeScreen::GetCurrentOutputResolution();
         m_Panel.Create(rect.width, rect.height);
         m_Palette.PaintPanel(m_Panel, {0, 0, rect.width, rect.height});
+        m_Focus.Destroy();
     }
     bitmap.Fill(0);
     bitmap.Blit({rect.left, rect.top}, m_Panel);
@@ -74,15 +82,17 @@ void EListView::OnPaint(CascadeBitmap& bitmap)
     int bottom = rows.top;
     for (int item = m_Scroll.Top(); item < end; ++item) {
         const CascadeRect row = RowRect(item);
-        CascadeRect due = row;
-        due.Intersect(bitmap.GetBounds());
-        if (!due.IsEmpty()) {
+        if (IsDue(bitmap, row)) {
             PaintRow(bitmap, item, row);
         }
         bottom = row.Bottom();
     }
-    PaintMessage(bitmap, {rows.left, bottom, rows.width, rows.Bottom() - bottom});
-    PaintScrollBar(bitmap);
+    if (const CascadeRect room {rows.left, bottom, rows.width, rows.Bottom() - bottom}; IsDue(bitmap, room)) {
+        PaintMessage(bitmap, room);
+    }
+    if (IsDue(bitmap, GrooveRect())) {
+        PaintScrollBar(bitmap);
+    }
     if (m_bIcons) {
         m_pIcons->LoadWanted();
     }
@@ -94,20 +104,31 @@ void EListView::PaintRow(CascadeBitmap& bitmap, int item, const CascadeRect& row
     const bool selected = item == m_Scroll.Selected();
     const bool focused = selected && m_bFocused;
     if (focused) {
-        m_Palette.PaintFocus(bitmap, {row.left, row.top + 1, row.width, row.height - 2}, m_Palette.rowRadius);
+        if (m_Focus.GetDims() != CascadeDims {row.width, row.height - 2}) {
+            m_Focus.Create(row.width, row.height - 2);
+            m_Palette.PaintFocus(m_Focus, {0, 0, row.width, row.height - 2}, m_Palette.rowRadius);
+        }
+        bitmap.Blit({row.left, row.top + 1}, m_Focus);
     } else if (selected) {
         bitmap.StrokeRoundedRect({row.left, row.top + 1, row.width, row.height - 2}, m_Palette.rowRadius, kUnfocusedLine, m_Palette.accent);
     }
 
     const CascadeRect icon = {row.left + kRowInset, row.top + (row.height - look.icon) / 2, look.icon, look.icon};
-    if (const CascadeBitmap* const picture = IconOf(item)) {
+    if (const CascadeBitmap* const picture = IconOf(item); picture != nullptr && IsDue(bitmap, icon)) {
         bitmap.Blit({icon.left, icon.top}, *picture);
     }
     if (m_Items.GetMark(item)) {
         PaintMark(bitmap, icon, focused);
     }
-    PaintColumns(bitmap, item, row, focused);
-    PaintName(bitmap, item, NameBox(item, row), selected, focused);
+    const CascadeRect name = NameBox(item, row);
+    CascadeRect ink = name;
+    ink.InsetRect(-kInkBeside, 0);
+    if (IsDue(bitmap, ink)) {
+        PaintName(bitmap, item, name, selected, focused);
+    }
+    if (IsDue(bitmap, {name.Right() - kInkBeside, row.top, row.Right() - name.Right() + kInkBeside, row.height})) {
+        PaintColumns(bitmap, item, row, focused);
+    }
 }
 
 // Where rows are high enough, the picture of the recording itself; until it is there, and without one, the icon.
