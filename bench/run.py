@@ -20,6 +20,7 @@ import tempfile
 import time
 
 from rig import ROOT, Run, Screen, cut_in_two, environment, forget_side_files, make_media
+from cursor import measure_cursor
 from nuvid import Nginx
 
 START_MS = 400    # four ticks of the application's clock, before which nothing is opened
@@ -222,6 +223,10 @@ LIMITS = {
     ("60 s, texts and bar", "shown %"): ("self", ">=", 100),
     ("60 s, texts and bar", "longest gap ms"): ("self", "<=", 60),
     ("60 s, one core busy", "shown %"): ("self", ">=", 98),
+    ("cursor, 1280x720", "step ms"): ("self", "<=", 5),
+    ("cursor, 1280x720", "scrolling step ms"): ("self", "<=", 5),
+    ("cursor, 3840x2160", "step ms"): ("self", "<=", 5),
+    ("cursor, 3840x2160", "scrolling step ms"): ("self", "<=", 5),
     ("paused", "CPU %"): ("self", "<=", 1),
     ("stopped", "CPU %"): ("self", "<=", 1),
 }
@@ -342,6 +347,8 @@ def main():
         if wanted("paused") and shutil.which("xdotool"):
             table.compare("paused", players, args.runs, lambda player: measure_idle(screen, player, args.program, media("long.mpg"), False))
         alone("stopped", lambda: measure_idle(screen, "nuvid", args.program, media("long.mpg"), True))
+        for output in ("1280x720", "3840x2160"):
+            alone(f"cursor, {output}", lambda at=output: measure_cursor(args.program, at))
         if args.check and args.parts and wanted("parts"):
             measure_parts(args.parts, table)
     finally:
