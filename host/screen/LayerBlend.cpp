@@ -1,5 +1,7 @@
 #include "host/screen/LayerBlend.h"
 
+#include <cstring>
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -88,6 +90,21 @@ bool CanEights()
 }
 #endif
 
+// The part of a layer inside `area`, row by row: where the row's first column is on either side, and the columns.
+template <typename Row> void ForRows(uint8_t* pixels, int stride, const Layer& layer, CascadeRect area, const Row& row)
+{
+    area.Intersect(layer.box);
+    cairo_surface_t* const surface = layer.pixels.get();
+    cairo_surface_flush(surface);
+    const unsigned char* const data = cairo_image_surface_get_data(surface);
+    const std::ptrdiff_t dataStride = cairo_image_surface_get_stride(surface);
+    const int left = area.left - layer.box.left;
+    for (int y = area.top; y < area.Bottom(); ++y) {
+        row(reinterpret_cast<uint32_t*>(pixels + std::ptrdiff_t(y) * stride) + layer.box.left,
+            reinterpret_cast<const uint32_t*>(data + (y - layer.box.top) * dataStride), y - layer.box.top, left, left + area.width);
+    }
+}
+
 }    // namespace
 
 void BlendRow(uint32_t* to, const uint32_t* from, int count)
@@ -119,21 +136,19 @@ void PrepareLayer(const Layer& layer)
 
 void BlendLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect area)
 {
-    area.Intersect(layer.box);
-    cairo_surface_t* const surface = layer.pixels.get();
-    cairo_surface_flush(surface);
-    const unsigned char* const data = cairo_image_surface_get_data(surface);
-    const std::ptrdiff_t dataStride = cairo_image_surface_get_stride(surface);
-    const int left = area.left - layer.box.left;
-    for (int y = area.top; y < area.Bottom(); ++y) {
-        auto* const to = reinterpret_cast<uint32_t*>(pixels + std::ptrdiff_t(y) * stride) + layer.box.left;
-        const auto* const from = reinterpret_cast<const uint32_t*>(data + (y - layer.box.top) * dataStride);
+    ForRows(pixels, stride, layer, area, [&layer](uint32_t* to, const uint32_t* from, int y, int left, int right) {
         if (layer.runs.Found()) {
-            layer.runs.BlendRow(to, from, y - layer.box.top, left, left + area.width);
+            layer.runs.BlendRow(to, from, y, left, right);
         } else {
-            BlendRow(to + left, from + left, area.width);
+            BlendRow(to + left, from + left, right - left);
         }
-    }
+    });
+}
+
+void CopyLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect area)
+{
+    ForRows(pixels, stride, layer, area,
+        [](uint32_t* to, const uint32_t* from, int, int left, int right) { std::memcpy(to + left, from + left, size_t(right - left) * sizeof *to); });
 }
 
 }    // namespace screen

@@ -23,5 +23,6 @@ void PrepareLayer(const Layer& layer);
 
 // The part of the layer inside `area`; both lie inside the output.
 void BlendLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect area);
+void CopyLayer(uint8_t* pixels, int stride, const Layer& layer, CascadeRect area);    // the same over black
 
 }    // namespace screen

@@ -60,6 +60,28 @@ void BlendLayers(const SurfaceTarget::Pixels& pixels, const Scene& scene, const 
     }
 }
 
+// Where there is no picture the lowest layer is all that is seen of what lies below the others.
+void DrawOnBlack(const SurfaceTarget::Pixels& pixels, const Scene& scene, const RegionPtr& where)
+{
+    const RegionPtr bare(cairo_region_copy(where.get()));    // nothing is drawn there yet
+    static const std::vector<const Layer*> kNone;
+    for (const Layer* const layer : scene.layers != nullptr ? *scene.layers : kNone) {
+        const cairo_rectangle_int_t box = ToCairo(layer->box);
+        const RegionPtr lowest(cairo_region_copy(bare.get()));
+        cairo_region_intersect_rectangle(lowest.get(), &box);
+        const RegionPtr above(cairo_region_copy(where.get()));
+        cairo_region_subtract(above.get(), bare.get());
+        for (const CascadeRect& area : Rectangles(lowest)) {
+            CopyLayer(pixels.data, pixels.stride, *layer, area);
+        }
+        for (const CascadeRect& area : Rectangles(above)) {
+            BlendLayer(pixels.data, pixels.stride, *layer, area);
+        }
+        cairo_region_subtract_rectangle(bare.get(), &box);
+    }
+    Blacken(pixels, Rectangles(bare));
+}
+
 }    // namespace
 
 bool MemoryTarget::Resize(CascadeDims dims)
@@ -130,9 +152,7 @@ bool SurfacePresenter::Present(const Scene& scene, const Changes& changes)
             cairo_region_union_rectangle(black.get(), &pictureBox);
         }
     }
-    const std::vector<CascadeRect> bare = Rectangles(black);
-    Blacken(pixels, bare);
-    BlendLayers(pixels, scene, bare);
+    DrawOnBlack(pixels, scene, black);
     const std::vector<CascadeRect> areas = Rectangles(damage);
     return areas.empty() || m_pTarget->Show(areas);
 }
