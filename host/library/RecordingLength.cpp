@@ -80,7 +80,7 @@ Times TimesIn(RecordingPart& part, const AVInputFormat* kind)
 int RecordingLength(int fd, int64_t size, const std::function<bool()>& stop)
 {
     const int64_t length = std::min(size, kMostBytes);
-    // The beginning tells what it is: in the middle a picture's header may come before that of the next pack.
+    // The beginning tells what it is, for all three.
     const AVInputFormat* const kind = RecordingPart(fd, 0, length, stop).Kind();
     if (kind == nullptr || std::string_view(kind->name) == "mpegvideo") {    // video alone bears no times
         return 0;

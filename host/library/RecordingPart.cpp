@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <span>
 #include <vector>
@@ -32,15 +33,13 @@ bool IsTransportStream(std::span<const uint8_t> bytes)
     return false;
 }
 
-// The code of the first pack header or sequence header (ISO/IEC 13818-1 2.5.3.3, 13818-2 6.2.2.1), 0: none.
-uint8_t FirstHeader(std::span<const uint8_t> bytes)
+constexpr uint8_t kPack = 0xBA;    // ISO/IEC 13818-1 2.5.3.3
+constexpr uint8_t kSequence = 0xB3;    // ISO/IEC 13818-2 6.2.2.1
+
+bool HasHeader(std::span<const uint8_t> bytes, uint8_t code)
 {
-    for (size_t i = 0; i + 4 <= bytes.size(); ++i) {
-        if (bytes[i] == 0 && bytes[i + 1] == 0 && bytes[i + 2] == 1 && (bytes[i + 3] == 0xBA || bytes[i + 3] == 0xB3)) {
-            return bytes[i + 3];
-        }
-    }
-    return 0;
+    const std::array<uint8_t, 4> header {0, 0, 1, code};
+    return std::search(bytes.begin(), bytes.end(), header.begin(), header.end()) != bytes.end();
 }
 
 }    // namespace
@@ -75,8 +74,8 @@ const AVInputFormat* RecordingPart::Kind() const
     if (IsTransportStream(look)) {
         return av_find_input_format("mpegts");
     }
-    const uint8_t header = FirstHeader(look);
-    return header == 0xBA ? av_find_input_format("mpeg") : header == 0xB3 ? av_find_input_format("mpegvideo") : nullptr;
+    // A part may begin inside a pack, so a sequence may come before the first pack; video alone has no packs at all.
+    return HasHeader(look, kPack) ? av_find_input_format("mpeg") : HasHeader(look, kSequence) ? av_find_input_format("mpegvideo") : nullptr;
 }
 
 int RecordingPart::OnRead(void* self, uint8_t* bytes, int count)
