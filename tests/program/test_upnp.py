@@ -105,6 +105,7 @@ class Servers(unittest.TestCase):
             os.symlink(f"upnp:{TWO}", top.path("Links/Living room"))
             with upnp.ScriptedServer("Scripted", TWO, lambda identifier, *_: shown[identifier]) as server, Couch(top) as viewer:
                 viewer.open_browser()
+                viewer.wait_listed()
                 viewer.key("select")  # Links: the server may not have been found yet
                 viewer.wait_listed()
                 viewer.into(1)
