@@ -171,7 +171,14 @@ public:
         }
         return found == m_Pictures.end() ? std::string_view() : found->second;
     }
-    bool HasSideFile(std::string_view stem) const { return !m_SideFiles.empty() && m_SideFiles.contains(AllSelector::SequenceBase(stem)); }
+    // What a recording's pictures and descriptions are called says nothing of themselves.
+    bool HasSideFile(std::string_view name) const
+    {
+        static constexpr std::string_view kNotPlayed[] = {"nuvid", "jpg", "thm", "nfo", "txt", "my"};
+        const std::string_view extension = ExtensionOf(name);
+        return !m_SideFiles.empty() && m_SideFiles.contains(AllSelector::SequenceBase(StemOf(name)))
+            && std::none_of(std::begin(kNotPlayed), std::end(kNotPlayed), [extension](std::string_view one) { return CompareNames(extension, one) == 0; });
+    }
 
 private:
     std::unordered_set<std::string_view> m_SideFiles;    // by the name that a recording's files share
@@ -255,7 +262,7 @@ private:
         entry.name = found.name;
         entry.size = entry.totalSize = static_cast<uint64_t>(std::max<int64_t>(found.size, 0));
         entry.extra = companions.PictureOf(stem);
-        entry.hasSideFile = companions.HasSideFile(stem);
+        entry.hasSideFile = companions.HasSideFile(found.name);
         m_Listing.entries.push_back(std::move(entry));
     }
 

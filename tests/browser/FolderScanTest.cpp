@@ -97,6 +97,7 @@ TEST_F(FolderScanTest, FiltersByNumberPatternAndSize)
     EXPECT_TRUE(film.hasSideFile);
     EXPECT_STREQ("film.jpg", film.extra);
     EXPECT_FALSE(Find(folded, "list.Nuvidlist")->hasSideFile);
+    EXPECT_FALSE(Find(Scan(1), "film.jpg")->hasSideFile);
     EXPECT_GT(folded.hiddenFiles, 0U);
 }
 
