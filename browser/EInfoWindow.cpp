@@ -34,11 +34,7 @@ constexpr int kShadow = 2;
 
 constexpr CascadeColor kTitleColor = 0xFFFFFFFF;
 constexpr CascadeColor kTextColor = 0xE6EAF6FF;
-constexpr CascadeColor kHeaderColor = 0xC6D4ECFF;
 constexpr CascadeColor kShadowColor = 0x00000070;
-constexpr CascadeColor kGround = 0x081226FF;    // what lies below must not be read through the text
-constexpr int kGroundInset = 6;    // within the panel's picture
-constexpr int kGroundRadius = 18;
 constexpr CascadeColor kBarColor = 0xFFFFFF30;
 constexpr CascadeColor kThumbColor = 0xFFFFFFA0;
 
@@ -60,6 +56,7 @@ EInfoWindow::EInfoWindow()
 void EInfoWindow::SetGraphicsPath(const char* folder)
 {
     m_ThemeFolder = folder;
+    m_Palette = EPalette::Load(folder);
 }
 
 void EInfoWindow::SetFile(const char* path)
@@ -267,9 +264,7 @@ void EInfoWindow::OnPaint(CascadeBitmap& bitmap)
 {
     const CascadeRect& panel = GetRect();
     bitmap.Fill(0);
-    CascadeRect ground = panel;
-    ground.InsetRect(kGroundInset, kGroundInset);
-    bitmap.FillRoundedRect(ground, kGroundRadius, kGround);
+    m_Palette.PaintGround(bitmap, panel);
     bitmap.StretchBlit(panel, m_Panel);
     EUtils::ShadowedTextOut(bitmap, {panel.left + kMargin, panel.top + kTitleTop}, m_ShownTitle, m_TitleFont, kTitleColor, kShadowColor, kShadow);
     PaintDescription(bitmap);
@@ -308,7 +303,7 @@ void EInfoWindow::PaintHeader(CascadeBitmap& bitmap) const
     CascadePoint at {panel.left + kMargin, panel.top + kHeaderTop};
     for (const std::string_view line : TextBytes::Lines(m_Header.Str())) {
         const CascadeString shown = EUtils::TrimStringToWidth(CascadeString(line), width, font, false);
-        EUtils::ShadowedTextOut(bitmap, at, shown, font, kHeaderColor, kShadowColor, kShadow);
+        EUtils::ShadowedTextOut(bitmap, at, shown, font, m_Palette.quiet, kShadowColor, kShadow);
         at.y += kHeaderHeight / kHeaderLines;
     }
 }

@@ -15,6 +15,7 @@
 #include "platform/CascadeFont.h"
 #include "platform/CascadeWindow.h"
 #include "widgets/EJpegWidget.h"
+#include "widgets/EPalette.h"
 
 class EInfoWindow : public CascadeWindow {
 public:
@@ -80,6 +81,7 @@ private:
     CascadeFont m_TitleFont;
     CascadeFont m_TextFont;
     CascadeFont m_ButtonFont;
+    EPalette m_Palette;
     CascadeBitmap m_Panel;
     CascadeBitmap m_Normal;
     CascadeBitmap m_Highlight;
