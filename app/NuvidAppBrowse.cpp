@@ -1,5 +1,6 @@
 // Choosing with the file browser, and deleting.
 #include <cstdio>
+#include <iterator>
 
 #include "app/BrowsePlace.h"
 #include "app/MThemeSelect.h"
@@ -53,6 +54,7 @@ void NuvidApp::FileBrowse()
     m_pBrowser->SetIconMode(m_Options.iconSize);
     m_pBrowser->SetBackEntry(m_Options.browserWithBack);
     constexpr const char* kChooseHints[] = {"open", "add", "delete"};    // by browse mode
+    static_assert(std::size(kChooseHints) == kBrowseDelete + 1);
     m_pBrowser->SetChooseHint(kChooseHints[m_nBrowseMode]);
     if (!place.cursor.IsEmpty()) {
         m_pBrowser->SetSelectedFile(place.cursor);

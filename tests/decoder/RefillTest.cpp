@@ -60,7 +60,7 @@ TEST(Refill, AStreamFromASlowSourceStopsSeldomAndLosesNothing)
     EXPECT_LE(ui.Count(), count + 1);
     EXPECT_TRUE(ui.RunUntil([&] { return feeder.AllTaken() && test::FakeUi::Number("frames_shown") + test::FakeUi::Number("frames_dropped") >= 125; }, 20s)) << test::FakeUi::Stats();
     EXPECT_EQ(test::FakeUi::Number("frames_shown") + test::FakeUi::Number("frames_dropped"), 125);
-    EXPECT_LE(test::FakeUi::Number("frames_dropped"), 12) << test::FakeUi::Stats();
+    EXPECT_LE(test::FakeUi::Number("frames_dropped"), 6) << test::FakeUi::Stats();
     EXPECT_LE(test::FakeUi::Number("refills"), 2);
     EXPECT_LE(std::abs(test::FakeUi::Number("av_offset_ms")), 40);
     feeder.Close();
