@@ -1,8 +1,8 @@
 // Pictures of recordings, made in the background and kept in the user's thumbnail cache, where other programs
 // find them too (and theirs are used).
 //
-// Units:     lengths are seconds; a picture file is a PNG of at most 256 x 256 pixels (one that another program made may be larger), in the
-//            recording's display aspect ratio.
+// Units:     lengths are seconds; a picture file is a PNG of at most 256 x 256 pixels (one that another program made
+//            may be larger), in the recording's display aspect ratio.
 // Errors:    whatever has no picture (no such file, nothing to decode, a stream address) is answered with an empty
 //            picture file. What failed once is not tried again until the file changes.
 // Threads:   the user-interface thread. Nothing here waits for a disk; the work is done by a thread of lowest priority.
