@@ -206,11 +206,15 @@ TEST_F(BrowseJobTest, KeepsWhatCameBeforeTheServerDied)
         EXPECT_EQ(result.result, wanted);
         EXPECT_EQ(result.objects.size(), 30u);
     }
-    // Broken inside the list: what stands before the break is good.
-    FaultyServer broken([](Wire& wire, const Asked&, size_t) { Send(wire, Envelope(Objects(0, 5) + "&lt;item", 6, 6)); });
-    const Result result = Browse(broken);
-    EXPECT_EQ(result.result, CascadeUPnP::kTransactionBadAnswer);
-    EXPECT_EQ(result.objects.size(), 5u);
+    // Broken inside the list, by the server or the network: what stands before the break is good.
+    const std::string cut = Envelope(Objects(0, 5) + "&lt;item", 6, 6);
+    FaultyServer broken([&](Wire& wire, const Asked&, size_t) { Send(wire, cut); });
+    FaultyServer lost([&](Wire& wire, const Asked&, size_t) { wire.Send(WholeHead(cut.size()) + cut.substr(0, cut.find("&lt;/DIDL"))); });
+    for (const auto& [server, wanted] : {std::pair(&broken, CascadeUPnP::kTransactionBadAnswer), std::pair(&lost, CascadeUPnP::kTransactionConnectionLost)}) {
+        const Result result = Browse(*server);
+        EXPECT_EQ(result.result, wanted);
+        EXPECT_EQ(result.objects.size(), 5u);
+    }
 }
 
 TEST_F(BrowseJobTest, LeavesTheSortingToServersThatKnowNone)

@@ -3,6 +3,7 @@
 
 #include "host/upnp/control/AddressRule.h"
 #include "host/upnp/control/BrowseMessage.h"
+#include "host/upnp/control/BrowseReader.h"
 #include "host/upnp/control/DeviceDescription.h"
 #include "host/upnp/control/DidlObjects.h"
 
@@ -22,9 +23,32 @@ std::string Item(const std::string& title, const std::string& protocol, const st
     return "<item id=\"1\" parentID=\"0\"><res protocolInfo=\"" + protocol + "\" " + attributes + ">" + url + "</res><dc:title>" + title + "</dc:title></item>";
 }
 
+DidlObjects ReadDidl(const std::string& document, size_t most = 1000)
+{
+    DidlReader reader(kHome, most);
+    reader.Take(document);
+    return reader.Finish();
+}
+
 DidlObjects Read(const std::string& inside)
 {
-    return ReadDidl(Didl(inside), kHome, 1000);
+    return ReadDidl(Didl(inside));
+}
+
+struct Answer {
+    BrowseEnvelope envelope;
+    DidlObjects didl;
+};
+
+// Given in pieces of `piece` bytes.
+Answer ReadAnswer(std::string_view text, size_t piece = std::string::npos)
+{
+    BrowseReader reader(kHome, 100000);
+    for (size_t at = 0; at < text.size(); at += std::min(piece, text.size())) {
+        reader.Take(text.substr(at, piece));
+    }
+    const BrowseEnvelope envelope = reader.FinishEnvelope();
+    return {envelope, reader.FinishObjects()};
 }
 
 }    // namespace
@@ -118,13 +142,13 @@ TEST(Didl, KeepsWhatCameBeforeTheFault)
                  }
                  return deep;
              }()}) {
-        const DidlObjects read = ReadDidl("<DIDL-Lite xmlns:dc=\"d\">" + good + fault, kHome, 1000);
+        const DidlObjects read = ReadDidl("<DIDL-Lite xmlns:dc=\"d\">" + good + fault);
         EXPECT_FALSE(read.whole) << fault.substr(0, 40);
         ASSERT_EQ(read.objects.size(), 1u);
         EXPECT_EQ(read.objects[0]->title, "one");
     }
     // Document types are not read at all, whatever they would declare.
-    const DidlObjects typed = ReadDidl("<?xml version=\"1.0\"?><!DOCTYPE d [<!ENTITY e SYSTEM \"file:///etc/passwd\">]>" + Didl("<container id=\"1\"><dc:title>&e;</dc:title></container>"), kHome, 1000);
+    const DidlObjects typed = ReadDidl("<?xml version=\"1.0\"?><!DOCTYPE d [<!ENTITY e SYSTEM \"file:///etc/passwd\">]>" + Didl("<container id=\"1\"><dc:title>&e;</dc:title></container>"));
     EXPECT_FALSE(typed.whole);
     EXPECT_TRUE(typed.objects.empty());
 }
@@ -145,7 +169,7 @@ TEST(Didl, BoundsEverything)
     for (int i = 0; i < 50; ++i) {
         many += "<container id=\"" + std::to_string(i) + "\"/>";
     }
-    const DidlObjects cut = ReadDidl(Didl(many), kHome, 20);
+    const DidlObjects cut = ReadDidl(Didl(many), 20);
     EXPECT_TRUE(cut.whole);
     EXPECT_EQ(cut.objects.size(), 20u);
 
@@ -194,13 +218,61 @@ TEST(BrowseMessage, AsksAndReadsTheAnswer)
     EXPECT_NE(body.find("<ObjectID>a&lt;b&gt;&amp;&quot;</ObjectID>"), std::string::npos);
     EXPECT_NE(body.find("<StartingIndex>7</StartingIndex><RequestedCount>9</RequestedCount><SortCriteria>+dc:title</SortCriteria>"), std::string::npos);
 
-    const BrowseAnswer answer = ReadBrowseAnswer("<s:Envelope xmlns:s=\"e\"><s:Body><u:BrowseResponse xmlns:u=\"b\"><Result>&lt;DIDL-Lite/&gt;</Result><NumberReturned> 3 </NumberReturned>"
-                                                 "<TotalMatches>99999999999999999999</TotalMatches></u:BrowseResponse></s:Body></s:Envelope>");
-    EXPECT_TRUE(answer.read);
-    EXPECT_EQ(answer.didl, "<DIDL-Lite/>");
-    EXPECT_EQ(answer.numberReturned, 3u);
-    EXPECT_EQ(answer.totalMatches, 0u);
-    EXPECT_EQ(ReadBrowseAnswer("<s:Envelope><s:Body><s:Fault><detail><UPnPError><errorCode>709</errorCode></UPnPError></detail></s:Fault></s:Body></s:Envelope>").errorCode, kUnsupportedSort);
-    EXPECT_FALSE(ReadBrowseAnswer("<html>busy</html>").read);
-    EXPECT_FALSE(ReadBrowseAnswer("").read);
+    const Answer answer = ReadAnswer("<s:Envelope xmlns:s=\"e\"><s:Body><u:BrowseResponse xmlns:u=\"b\"><Result>&lt;DIDL-Lite/&gt;</Result><NumberReturned> 3 </NumberReturned>"
+                                     "<TotalMatches>99999999999999999999</TotalMatches></u:BrowseResponse></s:Body></s:Envelope>");
+    EXPECT_TRUE(answer.envelope.read);
+    EXPECT_TRUE(answer.didl.whole);
+    EXPECT_EQ(answer.envelope.numberReturned, 3u);
+    EXPECT_EQ(answer.envelope.totalMatches, 0u);
+    EXPECT_EQ(ReadAnswer("<s:Envelope><s:Body><s:Fault><detail><UPnPError><errorCode>709</errorCode></UPnPError></detail></s:Fault></s:Body></s:Envelope>").envelope.errorCode, kUnsupportedSort);
+    EXPECT_FALSE(ReadAnswer("<html>busy</html>").envelope.read);
+    EXPECT_FALSE(ReadAnswer("").envelope.read);
+}
+
+// However it is written, and wherever the network breaks it.
+TEST(BrowseReader, ReadsTheSameInPieces)
+{
+    const std::string object = "<container id=\"1\"><dc:title>T\xC3\xB6m & J\xE4rry &#x20AC; \xF0\x9F\x8E\xAC</dc:title></container>";
+    std::string escaped;
+    for (const char c : Didl(object + object)) {
+        escaped += c == '<' ? "&lt;" : c == '>' ? "&gt;" : c == '&' ? "&#38;" : c == '"' ? "&quot;" : std::string(1, c);
+    }
+    const std::string after = "<NumberReturned>2</NumberReturned><TotalMatches>2</TotalMatches></B></E>";
+    for (const std::string& result : {"<Result>" + escaped + "</Result>", "<u:Result xmlns:u=\"u\" x=\"y\" >" + escaped + "</u:Result>", "<Result><![CDATA[" + Didl(object) + "]]></Result>",
+             "<!-- Result --><Result>" + escaped.substr(0, 30) + "<!-- -->" + escaped.substr(30) + "</Result>"}) {
+        const std::string text = "<E><B>" + result + after;
+        for (size_t piece = 1; piece < text.size(); piece += piece < 20 ? 1 : 37) {
+            const Answer answer = ReadAnswer(text, piece);
+            ASSERT_TRUE(answer.envelope.read && answer.didl.whole) << piece << " " << result;
+            EXPECT_EQ(answer.envelope.numberReturned, 2u);
+            ASSERT_FALSE(answer.didl.objects.empty());
+            EXPECT_EQ(answer.didl.objects.back()->title, "T\xC3\xB6m & J\xEF\xBF\xBDrry \xE2\x82\xAC \xF0\x9F\x8E\xAC") << piece << " " << result;
+        }
+    }
+}
+
+// A large document has a thread of its own, which may be abandoned.
+TEST(BrowseReader, ReadsMuchMeanwhile)
+{
+    std::string text = "<E><Result>&lt;DIDL-Lite&gt;";
+    for (int i = 0; i < 5000; ++i) {
+        text += "&lt;container id=\"" + std::to_string(i) + "\"&gt;&lt;title&gt;A title of some length&lt;/title&gt;&lt;/container&gt;";
+    }
+    const Answer answer = ReadAnswer(text + "&lt;/DIDL-Lite&gt;</Result></E>", 50000);
+    EXPECT_TRUE(answer.envelope.read && answer.didl.whole);
+    ASSERT_EQ(answer.didl.objects.size(), 5000u);
+    EXPECT_EQ(answer.didl.objects[4999]->id, "4999");
+    BrowseReader abandoned(kHome, 100000);
+    abandoned.Take(text);
+}
+
+// Every attribute of an element is compared with every other.
+TEST(XmlReader, BoundsAnElement)
+{
+    std::string many = "<a";
+    for (int i = 0; i < 200000; ++i) {
+        many += " a" + std::to_string(i) + "=''";
+    }
+    EXPECT_FALSE(ReadDidl(many + "/>").whole);
+    EXPECT_FALSE(ReadAnswer("<E><Result>&lt;DIDL-Lite " + many.substr(2) + "&gt;</Result></E>", 60000).didl.whole);
 }

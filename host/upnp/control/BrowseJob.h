@@ -13,13 +13,11 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "host/upnp/ControlPoint.h"
 #include "host/upnp/control/AddressRule.h"
-#include "host/upnp/control/BrowseMessage.h"
-#include "host/upnp/control/DidlObjects.h"
+#include "host/upnp/control/BrowseReader.h"
 #include "host/upnp/control/Exchange.h"
 
 namespace host {
@@ -47,15 +45,15 @@ public:
     BrowseJob& operator=(const BrowseJob&) = delete;
 
 private:
-    void Ask(size_t after, bool probe = false);    // for what follows so many; a probe: whether anything does
+    void Ask(bool probe = false);    // for what follows; a probe: whether anything does
     void Take(Exchange::Answer answer);
     void TakeFault(int code);
-    void TakeBrowse(BrowseAnswer answer);
-    bool ReadHeld();
-    bool TakeObjects(DidlObjects didl);
+    void TakeBrowse(const BrowseEnvelope& envelope);
+    void TakeObjects(DidlObjects didl);
     bool IsSamePage(const BrowseObjects& objects);
     size_t Wanted() const;
-    bool Finish(CascadeUPnP::TransactionResult result, BrowseObjects objects = {});
+    void FinishEarly(CascadeUPnP::TransactionResult result);
+    void Finish(CascadeUPnP::TransactionResult result, BrowseObjects objects = {});
 
     SoupSession* const m_pSession;
     const BrowseOrder m_Order;
@@ -63,13 +61,12 @@ private:
     const OnPage m_OnPage;
     const BrowseLimits m_Limits;
     const int64_t m_nBegun;    // microseconds of the monotonic clock
+    std::unique_ptr<BrowseReader> m_pReader;    // of the answer under way
     std::unique_ptr<Exchange> m_pExchange;
     std::string m_Sort;
     unsigned long m_nPage = 0;    // how many are asked for at once; 0: all that are wanted
     size_t m_nGot = 0;    // objects that the server sent, in all
-    size_t m_nAskedAfter = 0;    // of the question under way
-    bool m_bProbe = false;    // it is one
-    std::optional<BrowseAnswer> m_Held;    // an answer whose objects are not read yet
+    bool m_bProbe = false;    // the question under way is one
     unsigned long m_nMatches = 0;    // as the server said last
     std::string m_FirstId;    // of the page before
 };

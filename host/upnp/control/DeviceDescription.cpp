@@ -5,7 +5,7 @@
 
 #include <glib.h>
 
-#include "host/upnp/control/XmlWalk.h"
+#include "host/upnp/control/XmlReader.h"
 
 namespace host {
 namespace {
@@ -97,7 +97,7 @@ std::string Resolve(const std::string& base, const std::string& reference)
 std::optional<DeviceDescription> ReadDeviceDescription(std::string_view document, const std::string& uuid, const std::string& location)
 {
     Visitor visitor(uuid);
-    WalkXml(document, visitor);
+    ReadXml(document, visitor);
     if (!visitor.found) {
         return std::nullopt;
     }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "host/upnp/control/XmlWalk.h"
+#include "host/upnp/control/XmlReader.h"
 
 namespace host {
 namespace {
@@ -144,7 +144,7 @@ private:
         m_pObject.reset();
     }
 
-    const AddressRule& m_Rule;
+    const AddressRule m_Rule;
     const size_t m_nMost;
     DidlObjects& m_Out;
     std::unique_ptr<CascadeUPnP::AVObject> m_pObject;    // open
@@ -155,12 +155,32 @@ private:
 
 }    // namespace
 
-DidlObjects ReadDidl(std::string_view document, const AddressRule& rule, size_t most)
-{
+struct DidlReader::State {
+    State(const AddressRule& rule, size_t most)
+        : visitor(rule, most, out)
+    {
+    }
     DidlObjects out;
-    Visitor visitor(rule, most, out);
-    out.whole = WalkXml(document, visitor);
-    return out;
+    Visitor visitor;
+    XmlReader reader {visitor};
+};
+
+DidlReader::DidlReader(const AddressRule& rule, size_t most)
+    : m_pState(std::make_unique<State>(rule, most))
+{
+}
+
+DidlReader::~DidlReader() = default;
+
+void DidlReader::Take(std::string_view piece)
+{
+    m_pState->reader.Take(piece);
+}
+
+DidlObjects DidlReader::Finish()
+{
+    m_pState->out.whole = m_pState->reader.Finish();
+    return std::move(m_pState->out);
 }
 
 }    // namespace host

@@ -1,4 +1,4 @@
-// The objects of a DIDL-Lite document (ContentDirectory:1, 2.8.9) as the browser takes them.
+// The objects of a DIDL-Lite document (ContentDirectory:1, 2.8.9) as the browser takes them, read as it arrives.
 //
 // Rules:   A resource outside the server's own network keeps its place but loses its URL. Servers that know
 //          no MPEG types (application/octet-stream) or name one of its many others (video/mp2t) are
@@ -8,9 +8,10 @@
 // Errors:  `whole` is false when the document breaks off or cannot be read to its end; the objects before
 //          that are good. Objects that nobody could ask for (no identifier, or one beyond all measure) are
 //          left out.
-// Threads: pure.
+// Threads: one at a time.
 #pragma once
 
+#include <memory>
 #include <string_view>
 
 #include "host/upnp/ControlPoint.h"
@@ -29,6 +30,19 @@ struct DidlObjects {
     bool whole = false;
 };
 
-DidlObjects ReadDidl(std::string_view document, const AddressRule& rule, size_t most);
+class DidlReader {
+public:
+    DidlReader(const AddressRule& rule, size_t most);    // no more objects than that are read
+    ~DidlReader();
+    DidlReader(const DidlReader&) = delete;
+    DidlReader& operator=(const DidlReader&) = delete;
+
+    void Take(std::string_view piece);
+    DidlObjects Finish();
+
+private:
+    struct State;
+    std::unique_ptr<State> m_pState;
+};
 
 }    // namespace host

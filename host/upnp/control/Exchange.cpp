@@ -1,7 +1,7 @@
 #include "host/upnp/control/Exchange.h"
 
-#include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace host {
 namespace {
@@ -27,9 +27,10 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
     Owned<GInputStream> stream;
     GSource* timer = nullptr;
     size_t mostBytes = 0;
-    size_t got = 0;    // of the body, which is a piece longer while it is read
+    std::vector<char> piece;    // a read that was cancelled may still hold it
+    size_t got = 0;    // of the body
     OnDone onDone;    // empty: over
-    std::function<void()> onWritten;
+    std::function<void(std::string_view)> onPiece;
     Answer answer;
 
     using Self = std::shared_ptr<State>;
@@ -37,9 +38,6 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
     ~State()
     {
         StopTimer();
-        if (message != nullptr) {
-            g_signal_handlers_disconnect_by_data(message.get(), this);
-        }
     }
 
     void StopTimer()
@@ -55,9 +53,8 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
         StopTimer();
         g_cancellable_cancel(cancel.get());
         if (const OnDone done = std::exchange(onDone, nullptr)) {
-            // A read that was cancelled may still hold the body.
-            const unsigned status = answer.status;
-            done({outcome, status, outcome == Outcome::kAnswered ? std::move(answer.body) : std::string()});
+            answer.outcome = outcome;
+            done(std::move(answer));
         }
     }
     void FinishFailed(const GError* error)
@@ -66,8 +63,7 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
     }
     void Read()
     {
-        answer.body.resize(got + kPiece);
-        g_input_stream_read_async(stream.get(), answer.body.data() + got, kPiece, G_PRIORITY_DEFAULT, cancel.get(), &State::OnRead, new Self(shared_from_this()));
+        g_input_stream_read_async(stream.get(), piece.data(), piece.size(), G_PRIORITY_DEFAULT, cancel.get(), &State::OnRead, new Self(shared_from_this()));
     }
     void Begin(GInputStream* opened, const GError* error)
     {
@@ -81,7 +77,7 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
         if (length > 0 && static_cast<uint64_t>(length) > mostBytes) {
             Finish(Outcome::kTooLarge);
         } else {
-            answer.body.reserve(static_cast<size_t>(std::max<goffset>(length, 0)) + kPiece);
+            piece.resize(kPiece);
             Read();
         }
     }
@@ -92,12 +88,17 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
             return;
         }
         got += static_cast<size_t>(length);
+        const std::string_view taken(piece.data(), static_cast<size_t>(length));
         if (length == 0) {
-            answer.body.resize(got);
             Finish(Outcome::kAnswered);
         } else if (got > mostBytes) {
             Finish(Outcome::kTooLarge);
         } else {
+            if (onPiece) {
+                onPiece(taken);
+            } else {
+                answer.body += taken;
+            }
             Read();
         }
     }
@@ -124,25 +125,6 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
         }
         g_clear_error(&error);
     }
-    // Called from inside the library's sending, so what it means is left to the loop.
-    static void OnWritten(SoupMessage*, gpointer self)
-    {
-        GSource* const soon = g_idle_source_new();
-        g_source_set_priority(soon, G_PRIORITY_DEFAULT);
-        g_source_set_callback(
-            soon,
-            [](gpointer held) {
-                State& state = **static_cast<Self*>(held);
-                if (state.onDone && state.onWritten) {
-                    const std::function<void()> written = std::exchange(state.onWritten, nullptr);
-                    written();
-                }
-                return static_cast<gboolean>(G_SOURCE_REMOVE);
-            },
-            new Self(static_cast<State*>(self)->shared_from_this()), [](gpointer held) { delete static_cast<Self*>(held); });
-        g_source_attach(soon, g_main_context_get_thread_default());
-        g_source_unref(soon);
-    }
     static gboolean OnTime(gpointer self)
     {
         const Self state = static_cast<State*>(self)->shared_from_this();
@@ -156,7 +138,7 @@ Exchange::Exchange(SoupSession* session, Question question, OnDone onDone)
 {
     State& state = *m_pState;
     state.onDone = std::move(onDone);
-    state.onWritten = std::move(question.onWritten);
+    state.onPiece = std::move(question.onPiece);
     state.mostBytes = question.mostBytes;
     state.timer = g_timeout_source_new_seconds(question.mostSeconds);
     state.message.reset(soup_message_new(question.soapAction.empty() ? "GET" : "POST", question.url.c_str()));
@@ -168,9 +150,6 @@ Exchange::Exchange(SoupSession* session, Question question, OnDone onDone)
     }
     if (good) {
         soup_message_add_flags(state.message.get(), SOUP_MESSAGE_NO_REDIRECT);
-        if (state.onWritten) {
-            g_signal_connect(state.message.get(), "wrote-body", G_CALLBACK(&State::OnWritten), &state);
-        }
         soup_session_send_async(session, state.message.get(), G_PRIORITY_DEFAULT, state.cancel.get(), &State::OnSent, new State::Self(m_pState));
     } else {
         g_source_set_ready_time(state.timer, 0);

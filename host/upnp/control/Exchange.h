@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include <libsoup/soup.h>
 
@@ -29,7 +30,7 @@ public:
     struct Answer {
         Outcome outcome = Outcome::kLost;
         unsigned status = 0;
-        std::string body;
+        std::string body;    // empty when it was taken in pieces
     };
     struct Question {
         std::string url;
@@ -37,7 +38,7 @@ public:
         std::string body;
         size_t mostBytes = 0;
         unsigned mostSeconds = 0;    // for all of it
-        std::function<void()> onWritten;    // the server has the question; may destroy the exchange
+        std::function<void(std::string_view)> onPiece;    // takes the body as it arrives; must not destroy the exchange
     };
     using OnDone = std::function<void(Answer)>;
 
