@@ -208,10 +208,15 @@ TEST_F(BrowseJobTest, KeepsWhatCameBeforeTheServerDied)
     }
     // Broken inside the list, by the server or the network: what stands before the break is good.
     const std::string cut = Envelope(Objects(0, 5) + "&lt;item", 6, 6);
-    FaultyServer broken([&](Wire& wire, const Asked&, size_t) { Send(wire, cut); });
-    FaultyServer lost([&](Wire& wire, const Asked&, size_t) { wire.Send(WholeHead(cut.size()) + cut.substr(0, cut.find("&lt;/DIDL"))); });
-    for (const auto& [server, wanted] : {std::pair(&broken, CascadeUPnP::kTransactionBadAnswer), std::pair(&lost, CascadeUPnP::kTransactionConnectionLost)}) {
-        const Result result = Browse(*server);
+    const std::string begin = cut.substr(0, cut.find("&lt;/DIDL"));
+    const std::pair<CascadeUPnP::TransactionResult, Fault> breaks[] = {
+        {CascadeUPnP::kTransactionBadAnswer, [&](Wire& wire) { Send(wire, cut); }},
+        {CascadeUPnP::kTransactionBadAnswer, [&](Wire& wire) { Send(wire, begin); }},
+        {CascadeUPnP::kTransactionConnectionLost, [&](Wire& wire) { wire.Send("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(cut.size()) + "\r\n\r\n" + begin); }},
+    };
+    for (const auto& [wanted, fault] : breaks) {
+        FaultyServer server([&](Wire& wire, const Asked&, size_t) { fault(wire); });
+        const Result result = Browse(server);
         EXPECT_EQ(result.result, wanted);
         EXPECT_EQ(result.objects.size(), 5u);
     }

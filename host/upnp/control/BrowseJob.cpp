@@ -78,7 +78,7 @@ void BrowseJob::Take(Exchange::Answer answer)
     } else if (answer.status != SOUP_STATUS_OK) {
         Finish(CascadeUPnP::kTransactionRefused);
     } else if (!envelope.read) {
-        Finish(CascadeUPnP::kTransactionBadAnswer);
+        FinishEarly(CascadeUPnP::kTransactionBadAnswer);
     } else {
         TakeBrowse(envelope);
     }
