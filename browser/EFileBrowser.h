@@ -195,7 +195,8 @@ private:
     CascadeString PathText() const;
     const char* FilterLabel() const;
     void PaintHead(CascadeBitmap& bitmap) const;
-    void PaintHints(CascadeBitmap& bitmap) const;
+    bool HelpsWith(unsigned long key, ItemKind kind) const;
+    void PaintHints(CascadeBitmap& bitmap);
 
     int Selected() const { return m_List.GetSelectedIndex(); }
     const ItemFacts* Facts(int item) const;
@@ -246,6 +247,7 @@ private:
     int m_nPatience = 0;    // until a job that has not come back shows the wait window
     CascadeString m_Typed;    // to jump to a name
     uint32_t m_nTypedAt = 0;    // ms of uptime
+    ItemKind m_HintsFor = ItemKind::kText;    // the kind of item that the hints on the screen are for
 
     EPalette m_Palette;
     CascadeString m_Notice;

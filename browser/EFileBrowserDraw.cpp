@@ -20,10 +20,16 @@ constexpr int kCapPadding = 8;
 constexpr int kCapRadius = 8;
 constexpr int kHintGap = 8;
 constexpr int kHintSpace = 18;    // between two hints
+constexpr CascadeColor kFaintOf256 = 96;    // the opacity of a hint that is not for this item
 
 int Middle(const CascadeRect& box, int height)
 {
     return box.top + (box.height - height) / 2;
+}
+
+CascadeColor Faint(CascadeColor color)
+{
+    return (color & 0xFFFFFF00) | ((color & 0xFF) * kFaintOf256 >> 8);
 }
 
 }    // namespace
@@ -42,6 +48,10 @@ void EFileBrowser::ShowPosition()
         m_Position.SetText(CascadeString::Format(count == 1 ? "%d item" : "%d items", count));
     } else {
         m_Position.SetText(CascadeString::Format("%d of %d", number, count));
+    }
+    const ItemKind kind = KindOf(Selected());
+    if (HelpsWith(Remote::kInfo, kind) != HelpsWith(Remote::kInfo, m_HintsFor) || HelpsWith(Remote::kStop, kind) != HelpsWith(Remote::kStop, m_HintsFor)) {
+        Redraw(BrowserLayout::kHints);
     }
 }
 
@@ -109,8 +119,18 @@ void EFileBrowser::PaintHead(CascadeBitmap& bitmap) const
     EUtils::ShadowedTextOut(bitmap, {head.left, pathTop}, path, pathFont, m_Palette.quiet, kShadowColor, kShadow);
 }
 
-void EFileBrowser::PaintHints(CascadeBitmap& bitmap) const
+bool EFileBrowser::HelpsWith(unsigned long key, ItemKind kind) const
 {
+    if (key == Remote::kInfo) {
+        return kind == ItemKind::kFile || kind == ItemKind::kFolder;
+    }
+    return key != Remote::kStop || kind == ItemKind::kFile;
+}
+
+// What is of no use in the whole folder is left out; what is of none to the item is faint, so that nothing jumps.
+void EFileBrowser::PaintHints(CascadeBitmap& bitmap)
+{
+    m_HintsFor = KindOf(Selected());
     const CascadeRect& line = BrowserLayout::kHints;
     const CascadeFont font("system", BrowserLayout::kHintSize);
     if (!m_Notice.IsEmpty()) {
@@ -135,10 +155,11 @@ void EFileBrowser::PaintHints(CascadeBitmap& bitmap) const
         if (key.Right() + kHintGap + hint.width > line.Right()) {
             break;
         }
-        bitmap.FillRoundedRect(key, kCapRadius, m_Palette.key);
-        bitmap.StrokeRoundedRect(key, kCapRadius, 1.5, m_Palette.rim);
-        bitmap.TextOut({key.left + kCapPadding, Middle(key, cap.height)}, row.cap, font, m_Palette.text);
-        bitmap.TextOut({key.Right() + kHintGap, Middle(line, hint.height)}, text, font, m_Palette.quiet);
+        const auto shade = [shown = HelpsWith(row.key, m_HintsFor)](CascadeColor color) { return shown ? color : Faint(color); };
+        bitmap.FillRoundedRect(key, kCapRadius, shade(m_Palette.key));
+        bitmap.StrokeRoundedRect(key, kCapRadius, 1.5, shade(m_Palette.rim));
+        bitmap.TextOut({key.left + kCapPadding, Middle(key, cap.height)}, row.cap, font, shade(m_Palette.text));
+        bitmap.TextOut({key.Right() + kHintGap, Middle(line, hint.height)}, text, font, shade(m_Palette.quiet));
         x = key.Right() + kHintGap + hint.width + kHintSpace;
     }
 }
