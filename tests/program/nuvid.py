@@ -21,10 +21,13 @@ import time
 
 PROGRAM = os.environ.get("NUVID_PROGRAM", "build-test/nuvid")
 FIXTURES = os.environ.get("NUVID_FIXTURES", "build-test/fixtures")
+SOURCE = os.environ.get("NUVID_SOURCE", os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", ".."))
 SANITIZE = os.environ.get("NUVID_SANITIZE", "")
 # Media servers of the network that the tests happen to run in are none of theirs.
 os.environ["NUVID_UPNP_INTERFACE"] = "lo" if os.environ.get("NUVID_PRIVATE_NETWORK") else "none"
 SLOW = {"": 1, "address": 3, "thread": 8}[SANITIZE]  # how much longer deadlines are
+PROMPT_MS = 500 * (8 if SANITIZE else 1)    # within which a command is answered, whatever hangs
+SIGNATURE = "#Nuvid File. Do not modify\n"    # of a side file
 
 REPORTS = re.compile(r"AddressSanitizer|LeakSanitizer|ThreadSanitizer|runtime error:|Assertion .* failed|GLib-CRITICAL|G_IS_")
 LISTENS = re.compile(r"External control listens on (?:127\.0\.0\.1|\[::1\]):(\d+)")
@@ -75,6 +78,11 @@ def read(path):
     with contextlib.suppress(FileNotFoundError), open(path, encoding="utf-8") as file:
         return file.read()
     return ""
+
+
+def ffmpeg(*arguments, data=None):
+    """Answers what it writes to "-"; `data` goes to its standard input."""
+    return subprocess.run(["ffmpeg", "-hide_banner", "-loglevel", "error", "-y", *arguments], check=True, input=data or b"", stdout=subprocess.PIPE).stdout
 
 
 def write(path, text):
@@ -270,25 +278,15 @@ class Shelf:
         shutil.rmtree(self.folder, ignore_errors=True)
 
 
-class MediaServer(http.server.ThreadingHTTPServer):
-    """Serves a folder with ranges, and misbehaves when told so by the path:
-
-    /NAME            as it should be          /no-range/NAME   ignores ranges, always 200 and everything
-    /hang/NAME       accepts, never answers   /stall/NAME      answers the first half, then nothing
-    """
+class LocalServer(http.server.ThreadingHTTPServer):
+    """Serves in threads of its own until the block is left; `released` then lets go of whatever hangs."""
     daemon_threads = True
 
-    def __init__(self, folder, host="127.0.0.1"):
-        self.folder = folder
-        self.requests = []
+    def __init__(self, handler, host="127.0.0.1"):
         self.released = threading.Event()
         self.address_family = socket.AF_INET6 if ":" in host else socket.AF_INET
-        super().__init__((host, 0), _Handler)
+        super().__init__((host, 0), handler)
         threading.Thread(target=self.serve_forever, args=(0.05,), daemon=True).start()
-
-    def url(self, name):
-        host = self.server_address[0]
-        return f"http://{f'[{host}]' if ':' in host else host}:{self.server_address[1]}/{name}"
 
     def handle_error(self, request, client_address):
         pass  # a player that hangs up is an ordinary thing
@@ -299,57 +297,73 @@ class MediaServer(http.server.ThreadingHTTPServer):
         self.server_close()
 
 
+class MediaServer(LocalServer):
+    """Serves a folder with ranges, and misbehaves when told so by the path:
+
+    /NAME            as it should be          /chunked/NAME   no length, no ranges
+    /hang/NAME       accepts, never answers   /stall/NAME     answers the first half, then nothing
+    /rate-N/NAME     N bytes a second         /rest/NAME      the first half, three seconds of nothing, the rest
+    /burst/NAME      half a megabyte, then a second of nothing
+    """
+
+    def __init__(self, folder, host="127.0.0.1"):
+        self.folder = folder
+        self.requests = []
+        super().__init__(_Handler, host)
+
+    def url(self, name):
+        host = self.server_address[0]
+        return f"http://{f'[{host}]' if ':' in host else host}:{self.server_address[1]}/{name}"
+
+
 class _Handler(http.server.BaseHTTPRequestHandler):
     protocol_version = "HTTP/1.1"
 
-    def do_HEAD(self):
-        self.do_GET()
-
     def do_GET(self):
-        server = self.server
-        server.requests.append((self.command, self.path, self.headers.get("Range")))
+        self.server.requests.append((self.path, self.headers.get("Range")))
         way, _, name = self.path.lstrip("/").rpartition("/")
+        path = os.path.join(self.server.folder, name)
         if way == "hang":
-            server.released.wait()
-            self.close_connection = True
-            return
-        path = os.path.join(server.folder, name)
-        if not os.path.isfile(path):
+            self.hang()
+        elif not os.path.isfile(path):
             self.send_error(404)
-            return
-        size = os.path.getsize(path)
-        begin, end = 0, size
-        asked = re.match(r"bytes=(\d+)-(\d*)$", self.headers.get("Range") or "")
-        if asked and way != "no-range":
-            begin = int(asked.group(1))
-            end = min(size, int(asked.group(2)) + 1) if asked.group(2) else size
-            if begin >= size:
-                self.send_response(416)
-                self.send_header("Content-Range", f"bytes */{size}")
-                self.send_header("Content-Length", "0")
-                self.end_headers()
-                return
-            self.send_response(206)
-            self.send_header("Content-Range", f"bytes {begin}-{end - 1}/{size}")
         else:
-            self.send_response(200)
-        if way != "no-range":
+            with open(path, "rb") as file:
+                self.serve(way, file.read())
+
+    def hang(self):
+        self.server.released.wait()
+        self.close_connection = True
+
+    def serve(self, way, data):
+        asked = re.match(r"bytes=(\d+)-$", self.headers.get("Range") or "") if way != "chunked" else None
+        begin = int(asked.group(1)) if asked else 0
+        self.send_response(200 if not asked else 206 if begin < len(data) else 416)
+        if asked:
+            self.send_header("Content-Range", f"bytes {begin}-{len(data) - 1}/{len(data)}" if begin < len(data) else f"bytes */{len(data)}")
+        if way == "chunked":
+            self.send_header("Transfer-Encoding", "chunked")
+        else:
             self.send_header("Accept-Ranges", "bytes")
-        self.send_header("Content-Length", str(end - begin))
-        self.send_header("Content-Type", "video/mpeg")
+            self.send_header("Content-Length", str(max(0, len(data) - begin)))
         self.end_headers()
-        if self.command == "HEAD":
-            return
-        stop = begin + (end - begin) // 2 if way == "stall" else end
-        with open(path, "rb") as file:
-            file.seek(begin)
-            while begin < stop:
-                data = file.read(min(65536, stop - begin))
-                self.wfile.write(data)
-                begin += len(data)
-        if way == "stall":
-            server.released.wait()
-            self.close_connection = True
+        self.send_paced(way, data[begin:])
+
+    def send_paced(self, way, data):
+        rate = int(way[5:]) if way.startswith("rate-") else 0
+        half = len(data) // 2 + 1
+        piece = {"burst": 524288, "chunked": 65536, "rest": half, "stall": half}.get(way, rate // 50 or max(1, len(data)))
+        started = time.monotonic()
+        for at in range(0, len(data), piece):
+            part = data[at:at + piece]
+            self.wfile.write(f"{len(part):x}\r\n".encode() + part + b"\r\n" if way == "chunked" else part)
+            if way == "stall":
+                self.hang()
+                return
+            due = started + (at + piece) / rate if rate else time.monotonic() + {"burst": 1.0, "rest": 3.0}.get(way, 0)
+            time.sleep(max(0.0, due - time.monotonic()))    # the server's slowness, not the test's
+        if way == "chunked":
+            self.wfile.write(b"0\r\n\r\n")
 
     def log_message(self, *_):
         pass

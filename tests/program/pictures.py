@@ -5,7 +5,8 @@ moves by half a pixel hardly changes that mean; a row, a panel's edge or a colou
 """
 import contextlib
 import os
-import subprocess
+
+from nuvid import ffmpeg
 
 WIDTH, HEIGHT, SQUARE = 640, 360, 16
 WORST = 9.0    # of one square's means, of 255
@@ -14,13 +15,11 @@ OVERALL = 1.0    # of all squares
 
 def pixels(path):
     """Shrunk; three bytes a pixel."""
-    return subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-vf", f"scale={WIDTH}:{HEIGHT}:flags=area", "-f", "rawvideo", "-pix_fmt", "rgb24", "-"],
-                          check=True, stdout=subprocess.PIPE).stdout
+    return ffmpeg("-i", path, "-vf", f"scale={WIDTH}:{HEIGHT}:flags=area", "-f", "rawvideo", "-pix_fmt", "rgb24", "-")
 
 
 def write(path, data, width=WIDTH, height=HEIGHT):
-    subprocess.run(["ffmpeg", "-v", "error", "-y", "-f", "rawvideo", "-pix_fmt", "rgb24", "-s", f"{width}x{height}", "-i", "-", "-pred", "mixed",
-                    "-compression_level", "9", path], check=True, input=data)
+    ffmpeg("-f", "rawvideo", "-pix_fmt", "rgb24", "-s", f"{width}x{height}", "-i", "-", "-pred", "mixed", "-compression_level", "9", path, data=data)
 
 
 def means(data):

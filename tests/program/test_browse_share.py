@@ -1,14 +1,12 @@
 """A share whose server has gone is listed, tried and left again; nothing else waits for it."""
 import os
-import threading
 import unittest
 
 import share
-from nuvid import FIXTURES, SANITIZE, Shelf, wait_for
+from nuvid import FIXTURES, PROMPT_MS, Shelf, wait_for
 from test_browse import Viewer
 
 FILM = FIXTURES + "/mpeg2_mp2.mpg"
-PROMPT_MS = 500 * (8 if SANITIZE else 1)
 
 
 @unittest.skipUnless(share.available(), "needs root and /dev/fuse")
@@ -65,7 +63,25 @@ class DeadShareInTheBrowser(unittest.TestCase):
         wait_for(differs, 10, "the wait window moves")
         return True
 
+    def test_neither_the_browser_nor_a_deletion_waits_for_a_dead_root(self):
+        with share.StoppingShare({"film.mpg": FILM}) as place:
+            with Viewer(place, "-nomenu") as viewer:
+                viewer.wait_listed()
+                place.stop()
+                viewer.key("stop")  # delete the film
+                viewer.wait_window("Delete")
+                self.assertLess(viewer.ping_ms(), PROMPT_MS)
+                viewer.keys("select")  # it is not known yet what would go
+                self.assertTrue(viewer.sees("Delete"))
+                viewer.key("exit")
+                viewer.wait_window("Delete", False)
+                viewer.wait_window("Browser wait")
+                self.assertLess(viewer.ping_ms(), PROMPT_MS)
+                self.assertEqual(viewer.count("Invalid"), 0)
+                place.go_on()
+                viewer.wait_listed()
+                self.assertEqual(viewer.count("About to delete"), 0)
+
 
 if __name__ == "__main__":
-    threading.excepthook = lambda _: None
     unittest.main(verbosity=2)

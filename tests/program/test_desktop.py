@@ -4,6 +4,7 @@ import shutil
 import signal
 import subprocess
 import unittest
+import unittest.mock
 
 from nuvid import SLOW, Player, Shelf, wait_for
 
@@ -14,14 +15,12 @@ class SessionBus:
     def __enter__(self):
         self.process = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"], stdout=subprocess.PIPE,
                                         stderr=subprocess.DEVNULL, text=True)
-        self.before = os.environ.get("DBUS_SESSION_BUS_ADDRESS")
-        os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.process.stdout.readline().strip()
+        self.environment = unittest.mock.patch.dict(os.environ, DBUS_SESSION_BUS_ADDRESS=self.process.stdout.readline().strip())
+        self.environment.start()
         return self
 
     def __exit__(self, *_):
-        del os.environ["DBUS_SESSION_BUS_ADDRESS"]
-        if self.before is not None:
-            os.environ["DBUS_SESSION_BUS_ADDRESS"] = self.before
+        self.environment.stop()
         self.end()
         self.process.stdout.close()
 

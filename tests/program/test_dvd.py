@@ -4,9 +4,7 @@ import subprocess
 import sys
 import unittest
 
-from nuvid import FIXTURES, Player, Shelf, read, together, wait_for
-
-SOURCE = os.environ.get("NUVID_SOURCE", os.path.join(os.path.dirname(__file__), "..", ".."))
+from nuvid import FIXTURES, SOURCE, Player, Shelf, read, together, wait_for
 
 
 def setUpModule():
@@ -83,36 +81,6 @@ class Titles(unittest.TestCase):
             together({"largest": lambda: self.play_image(shelf, image, "VTS_01", "dvd.nuvid"),
                       "second": lambda: self.play_image(shelf, image + "~VTS_02", "VTS_02", "dvd.iso~VTS_02.nuvid"),
                       "folder": lambda: self.play_folder(shelf)}, at_once=3)
-
-    def play_any(self, shelf, name, said, chapters_of):
-        """An image that some program made: what is printed of it, and its title plays."""
-        image = shelf.put("images/" + name, name)
-        with Player("-noresume", image) as player:
-            player.wait_stats(lambda s: s["frames_shown"] > 10)
-            self.assertEqual(chapter_lines(player), [f"Chapter added {name} @ {place}" for place in (chapters(chapters_of) if chapters_of else [])])
-            self.assertEqual([line for line in player.lines if line in said], said)
-
-    def test_images_of_every_kind(self):
-        seconds = self.duration("VTS_01")
-        kinds = {name + ".iso": ([f"Duration: {seconds}", "Found 3 chapters."], "VTS_01") for name in ("plain", "rock", "lower", "flat", "apart")}
-        kinds["equal.iso"] = ([f"Duration: {self.duration('VTS_02')}"], "VTS_02")
-        kinds["no-info.iso"] = (["Invalid IFO file: CascadeStream", "Found 0 chapters."], None)
-        with Shelf() as shelf:
-            together({name: lambda name=name, kind=kind: self.play_any(shelf, name, *kind) for name, kind in kinds.items()}, at_once=3)
-
-    @staticmethod
-    def duration(title_set):
-        return next(line.split()[1] for line in information(title_set) if line.startswith("duration"))
-
-    def test_skips_across_the_parts_of_an_image(self):
-        with Shelf() as shelf, Player("-noresume", shelf.put("images/apart.iso", "apart.iso")) as player:
-            player.wait_stats(lambda s: s["frames_shown"] > 10)
-            places = []
-            for command in ("Nuvid forward 6", "Nuvid back 2", "Nuvid back 900"):
-                player.jump(command)
-                places.append(int(player.cmd("Nuvid currentfileprogress")))
-            self.assertGreater(places[0], places[2])
-            player.wait_stats(lambda s: s["frames_shown"] > 40 and s["frames_dropped"] < 5, what="on from the start")
 
     def test_what_is_heard(self):
         with Shelf() as shelf, Player("-noresume", shelf.put("images/sounds.iso", "sounds.iso")) as player:

@@ -3,9 +3,7 @@ import os
 import re
 import unittest
 
-from nuvid import Player, Shelf, read, wait_for, write
-
-SOURCE = os.environ.get("NUVID_SOURCE", os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))))
+from nuvid import SOURCE, Player, Shelf, read, wait_for, write
 
 
 def example(kind):

@@ -4,7 +4,6 @@
     python3 tests/program/test_golden.py --renew    takes what is seen now: look at each picture before committing it
 """
 import os
-import subprocess
 import sys
 import tempfile
 import time
@@ -12,10 +11,9 @@ import types
 import unittest
 
 import pictures
-from nuvid import PROGRAM, Shelf, wait_for
+from nuvid import PROGRAM, SOURCE, Shelf, ffmpeg, wait_for, write
 from test_browse import Viewer
 
-SOURCE = os.environ.get("NUVID_SOURCE", os.path.join(os.path.dirname(__file__), "..", ".."))
 GOLDEN = os.path.join(SOURCE, "tests", "golden")
 FAILED = os.path.join(os.path.dirname(os.path.abspath(PROGRAM)), "golden")
 RENEW = "--renew" in sys.argv
@@ -38,12 +36,10 @@ def cinema(shelf):
     for i, film in enumerate(FILMS):
         shelf.put("stills.mpg" if film == "Home" else "tiny.mpg", f"Cinema/Films/{film}.mpg")
         os.utime(shelf.path(f"Cinema/Films/{film}.mpg"), (WHEN, WHEN + i * 86400))
-    with open(shelf.path("Cinema/Films/Home.nfo"), "w", encoding="utf-8") as file:
-        file.write(ABOUT)
+    write(shelf.path("Cinema/Films/Home.nfo"), ABOUT)
     os.makedirs(shelf.path("Cinema/Films/Locked"))
-    with open(shelf.path("Cinema/Films/Locked/folder.cfg"), "w", encoding="utf-8") as file:
-        file.write("password=open sesame\n")
-    subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "smptebars=size=640x360", "-frames:v", "1", shelf.path("Cinema/Films/Home.jpg")], check=True)
+    write(shelf.path("Cinema/Films/Locked/folder.cfg"), "password=open sesame\n")
+    ffmpeg("-f", "lavfi", "-i", "smptebars=size=640x360", "-frames:v", "1", shelf.path("Cinema/Films/Home.jpg"))
 
 
 class Looks(unittest.TestCase):

@@ -6,8 +6,10 @@ import stat
 import subprocess
 import tempfile
 import unittest
+import unittest.mock
 
-from nuvid import FIXTURES, Player, wait_for
+from nuvid import Player, Shelf, wait_for
+from test_browse import Viewer
 
 
 class LibraryTest(unittest.TestCase):
@@ -16,24 +18,10 @@ class LibraryTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.folder, ignore_errors=True)
 
     def test_a_recording_under_the_cursor_gets_its_picture(self):
-        films = os.path.join(self.folder, "films")
-        os.mkdir(films)
-        shutil.copy(os.path.join(FIXTURES, "ts_1080i.ts"), films)
         cache = os.path.join(self.folder, "cache")
-        before = os.environ.get("XDG_CACHE_HOME")
-        os.environ["XDG_CACHE_HOME"] = cache
-        try:
-            player = Player(f"-browsedir={films}", f"-browseroot={films}")
-        finally:
-            if before is None:
-                del os.environ["XDG_CACHE_HOME"]
-            else:
-                os.environ["XDG_CACHE_HOME"] = before
-        with player:
-            player.wait_stats(lambda s: any(title.startswith("Nuvid v") for title in s["windows"]), what="the main menu")
-            player.key("select")
+        with unittest.mock.patch.dict(os.environ, XDG_CACHE_HOME=cache), Shelf("ts_1080i.ts") as films, Viewer(films, "-nomenu"):
             picture = wait_for(lambda: glob.glob(cache + "/thumbnails/large/????????????????????????????????.png"), 20, "a thumbnail")[0]
-        self.assertEqual(stat.S_IMODE(os.stat(picture).st_mode), 0o600)
+            self.assertEqual(stat.S_IMODE(os.stat(picture).st_mode), 0o600)
 
     def test_the_folder_of_volumes_follows_the_mounts(self):
         volumes = os.path.join(self.folder, "Volumes")

@@ -5,9 +5,8 @@ import subprocess
 import tempfile
 import unittest
 
-from nuvid import Player, Shelf, read, together, wait_for, write
+from nuvid import SIGNATURE, Player, Shelf, ffmpeg, read, together, wait_for, write
 
-SIGNATURE = "#Nuvid File. Do not modify\n"
 NAME = "it's 100% @ home, 日本"
 PART = NAME + "_{}.mpg"
 SECONDS = 45
@@ -22,9 +21,9 @@ class Film:
         whole = os.path.join(self.folder, "whole.mpg")
         step = f"color=black:size=16x16:rate=25:duration={SECONDS},format=gray,geq=lum='40+4*floor(T)',scale=352:144:flags=neighbor"
         noise = f"color=gray:size=352x144:rate=25:duration={SECONDS},format=gray,noise=alls=90:allf=t"
-        subprocess.run(["ffmpeg", "-hide_banner", "-loglevel", "error", "-nostdin", "-y", "-f", "lavfi", "-i", noise, "-f", "lavfi", "-i", step, "-f", "lavfi", "-i",
-                        f"sine=440:sample_rate=48000:duration={SECONDS}", "-filter_complex", "[0][1]vstack,format=yuv420p", "-c:v", "mpeg2video", "-b:v", "4M", "-maxrate", "4M",
-                        "-bufsize", "1835k", "-g", "12", "-bf", "2", "-c:a", "mp2", "-f", "vob", whole], check=True)
+        ffmpeg("-f", "lavfi", "-i", noise, "-f", "lavfi", "-i", step, "-f", "lavfi", "-i", f"sine=440:sample_rate=48000:duration={SECONDS}",
+               "-filter_complex", "[0][1]vstack,format=yuv420p", "-c:v", "mpeg2video", "-b:v", "4M", "-maxrate", "4M", "-bufsize", "1835k",
+               "-g", "12", "-bf", "2", "-c:a", "mp2", "-f", "vob", whole)
         shown = subprocess.run(["ffprobe", "-v", "error", "-select_streams", "v", "-show_entries", "packet=pos,flags", "-of", "csv=p=0", whole], check=True,
                                capture_output=True, text=True).stdout.split()
         # Packets come in the order of decoding, which is that of the pictures but for two or three.
@@ -58,7 +57,7 @@ def setUpModule():
 def seconds_shown(player):
     """The second of the film that is on the screen."""
     path = player.cmd("Cascade screenshot")
-    pixel = subprocess.run(["ffmpeg", "-v", "error", "-i", path, "-vf", "crop=2:2:640:500", "-f", "rawvideo", "-pix_fmt", "gray", "-"], check=True, capture_output=True).stdout[0]
+    pixel = ffmpeg("-i", path, "-vf", "crop=2:2:640:500", "-f", "rawvideo", "-pix_fmt", "gray", "-")[0]
     return round((pixel - 40) / 4)    # brightness as the film has it, not as the screen has
 
 
@@ -143,25 +142,6 @@ class Bookmarks(unittest.TestCase):
             text = read(side)
             self.assertNotIn(lines[0], text)
             self.assertIn(f"{lines[1]}\n{lines[2]}\n", text)
-
-
-class Chapters(unittest.TestCase):
-    def test_lines_of_the_side_file(self):
-        with Shelf() as shelf:
-            path = Film.one.put(shelf)
-            place = Film.one.parts[1][1] // 2
-            write(shelf.path(NAME + ".nuvid"), f"{SIGNATURE}c {PART.format(1)}@0\nc {PART.format(2)}@{place}\nc {PART.format(3)}@0\nz 0\na 0\n")
-            with Player("-noresume", path) as player:
-                player.wait_stats(lambda s: s["frames_shown"] > 10)
-                player.jump("Nuvid chapter next")
-                self.assertEqual(current(player), PART.format(2))
-                expected = Film.one.time_at(2, place)
-                self.assertTrue(int(expected) <= seconds_shown(player) <= expected + 2)
-                player.jump("Nuvid chapter next")
-                self.assertEqual(current(player), PART.format(3))
-                # Behind the last chapter and the last file: the first chapter again.
-                player.jump("Nuvid chapter next")
-                self.assertEqual(current(player), PART.format(1))
 
 
 if __name__ == "__main__":

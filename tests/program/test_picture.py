@@ -1,9 +1,8 @@
 """What is on the screen: zoom modes measured in pictures, output resolutions, programs and sound tracks."""
 import math
-import subprocess
 import unittest
 
-from nuvid import Player, Shelf, read, together, wait_for
+from nuvid import Player, Shelf, ffmpeg, read, together, wait_for
 
 HEIGHT = 576
 RADIUS = 120    # of the circle, in lines of the film
@@ -19,10 +18,6 @@ STRETCHED = {    # of 16:9; a picture of 4:3 is a third wider
     "16:9": [(1280, 720, 1, 1), (1280, 720, 1, 1), (1280, 720, 1.448, 1), (1280, 720, 1, 1.348), (1280, 720, 1.448, 1.446), (992, 720, .775, 1), (1280, 558, 1, .775)],
 }
 STRETCHED["4:3"] = [(width, height, wide * 4 / 3, high) for width, height, wide, high in STRETCHED["16:9"]]
-
-
-def ffmpeg(*arguments):
-    return subprocess.run(["ffmpeg", "-hide_banner", "-loglevel", "error", "-nostdin", "-y", *arguments], check=True, capture_output=True).stdout
 
 
 def make_circle(path, shape):

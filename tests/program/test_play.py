@@ -51,15 +51,13 @@ class Recordings(unittest.TestCase):
         self.play_all(["ts_1080i.ts"], factor=2, options=("--deinterlace=auto",))
         self.play_all(["ts_1080i.ts"], options=("--deinterlace=off",))
 
-    def test_dvd_folder_plays_its_largest_title_set(self):
-        with Shelf("dvd") as shelf:
-            play_to_end(self, shelf.path("dvd"), frames()["dvd/VIDEO_TS/VTS_01_1.VOB"], at_end=False)
-
-    def test_dvd_image_and_a_title_set_whose_clock_starts_again(self):
+    def test_dvd_image_folder_and_a_title_set_whose_clock_starts_again(self):
         counts = frames()
-        with Shelf("dvd.iso") as shelf:
+        with Shelf("dvd", "dvd.iso") as shelf:
             image = shelf.path("dvd.iso")
-            together({"largest": lambda: play_to_end(self, image, counts["dvd/VIDEO_TS/VTS_01_1.VOB"], at_end=False),
+            largest = counts["dvd/VIDEO_TS/VTS_01_1.VOB"]
+            together({"folder": lambda: play_to_end(self, shelf.path("dvd"), largest, at_end=False),
+                      "largest": lambda: play_to_end(self, image, largest, at_end=False),
                       "second": lambda: play_to_end(self, image + "~VTS_02", counts["dvd/VIDEO_TS/VTS_02_1.VOB"], at_end=False)})
 
     def test_single_picture_is_shown_and_sound_alone_plays_to_its_end(self):
@@ -94,23 +92,10 @@ class SeveralFiles(unittest.TestCase):
     def test_numbered_files_are_one_recording(self):
         counts = frames()
         three = sum(counts[f"parts/clip{n}.mpg"] for n in (1, 2, 3))
-        with Shelf("parts", "parts_cut") as shelf:
-            other = Shelf("parts")
-            with other:
-                together({
-                    "clocks of their own": lambda: play_to_end(self, shelf.path("parts/clip1.mpg"), three),
-                    "repaired clocks": lambda: play_to_end(self, other.path("parts/clip1.mpg"), three, arguments=("-FixTS",)),
-                    "cut inside packets": lambda: play_to_end(self, shelf.path("parts_cut/rec_1.ts"), counts["parts_cut_whole.ts"]),
-                })
-
-    def test_a_part_that_is_taken_away_ends_the_recording(self):
-        with Shelf("parts_long") as shelf:
-            with Player("-noresume", "-exitatend", shelf.path("parts_long/show_1.mpg")) as player:
-                player.wait_stats(lambda s: s["frames_shown"] > 5)
-                os.unlink(shelf.path("parts_long/show_2.mpg"))
-                os.unlink(shelf.path("parts_long/show_3.mpg"))
-                player.wait_stats(lambda s: s["frames_shown"] > 20)
-                self.assertLess(player.ping_ms(), 500 * (8 if SANITIZE else 1))
+        with Shelf("parts", "parts_cut") as shelf, Shelf("parts") as other:
+            together({"clocks of their own": lambda: play_to_end(self, shelf.path("parts/clip1.mpg"), three),
+                      "repaired clocks": lambda: play_to_end(self, other.path("parts/clip1.mpg"), three, arguments=("-FixTS",)),
+                      "cut inside packets": lambda: play_to_end(self, shelf.path("parts_cut/rec_1.ts"), counts["parts_cut_whole.ts"])})
 
     def test_a_recording_under_way_is_followed_to_its_end(self):
         """The recorder writes a twentieth of six seconds of film every fifth of a second."""
@@ -132,5 +117,4 @@ class SeveralFiles(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    threading.excepthook = lambda _: None
     unittest.main(verbosity=2)

@@ -38,6 +38,11 @@ class Phone(Player):
         finally:
             link.close()
 
+    def pairing_code(self):
+        """The digits that the television shows; empty when there are none."""
+        titles = (title for title in self.stats()["windows"] if title.startswith("Pairing code "))
+        return next(titles, "").removeprefix("Pairing code ").replace(" ", "")
+
     def ours(self):
         return f"http://{HERE}:{self.remote}"
 
@@ -286,13 +291,10 @@ class Floods(unittest.TestCase):
             player.socket().close()
 
             def connect():
-                link = socket.create_connection((HERE, player.remote), timeout=30 * SLOW)
-                return link
+                return socket.create_connection((HERE, player.remote), timeout=30 * SLOW)
 
             def thousand():
-                links = []
-                for _ in range(1000):
-                    links.append(connect())
+                links = [connect() for _ in range(1000)]
                 for link in links:
                     link.close()
 
@@ -358,13 +360,6 @@ class Floods(unittest.TestCase):
 
 class Pairing(unittest.TestCase):
     def test_a_code_from_the_television_lets_a_phone_in_until_it_is_forgotten(self):
-        def shown(player):
-            for title in player.stats()["windows"]:
-                found = re.match(r"Pairing code (\d+) (\d+)", title)
-                if found:
-                    return found.group(1) + found.group(2)
-            return None
-
         with Phone(listen="0.0.0.0") as player:
             player.wait_for_menu()
             self.assertEqual(json.loads(player.request("GET", "/session")[2]), {"paired": False, "pairing": True})
@@ -373,7 +368,7 @@ class Pairing(unittest.TestCase):
             self.assertEqual(refused.exception.status, 401)
             self.assertEqual(player.post("/pair", "123456")[0], 410)
             self.assertEqual(player.post("/code")[0], 204)
-            code = wait_for(lambda: shown(player), 5, "the code")
+            code = wait_for(player.pairing_code, 5, "the code")
             wrong = "000000" if code != "000000" else "111111"
             self.assertEqual(player.post("/pair", wrong)[0], 403)
             self.assertEqual(player.post("/pair", "x")[0], 403)
@@ -382,7 +377,7 @@ class Pairing(unittest.TestCase):
             cookie = fields["Set-Cookie"]
             self.assertTrue("HttpOnly" in cookie and "SameSite=Strict" in cookie, cookie)
             token = re.match(r"NuvidRemote=([0-9a-f]{32});", cookie).group(1)
-            wait_for(lambda: not shown(player), 5, "the code has gone")
+            wait_for(lambda: not player.pairing_code(), 5, "the code has gone")
             stored = read(os.path.join(player.state, "settings.ini"))
             self.assertIn("[PairedDevices]", stored)
             self.assertNotIn(token, stored)
@@ -410,8 +405,8 @@ class Pairing(unittest.TestCase):
     def test_what_was_paired_is_known_after_a_restart(self):
         with Phone(listen="0.0.0.0") as player:
             player.post("/code")
-            title = wait_for(lambda: next((title for title in player.stats()["windows"] if title.startswith("Pairing code")), None), 5, "the code")
-            cookie = player.post("/pair", title.removeprefix("Pairing code "))[1]["Set-Cookie"].split(";")[0]
+            code = wait_for(player.pairing_code, 5, "the code")
+            cookie = player.post("/pair", code)[1]["Set-Cookie"].split(";")[0]
             wait_for(lambda: "[PairedDevices]" in read(os.path.join(player.state, "settings.ini")), 5, "the device is stored")
             kept = player.folder + "-kept"
             shutil.copytree(player.state, kept)
@@ -508,8 +503,7 @@ class InABrowser(unittest.TestCase):
             page.wait("!document.getElementById('pairing').hidden")
             page.value("document.getElementById('show').click()")
             page.wait("!document.getElementById('code').hidden")
-            title = wait_for(lambda: next((title for title in player.stats()["windows"] if title.startswith("Pairing code")), None), 5, "the code")
-            code = title.removeprefix("Pairing code ").replace(" ", "")
+            code = wait_for(player.pairing_code, 5, "the code")
             enter = "(() => {{ document.getElementById('digits').value = '{}'; document.getElementById('code').requestSubmit(); }})()"
             page.value(enter.format("000000" if code != "000000" else "111111"))
             page.wait("document.getElementById('trouble').textContent.startsWith('That is not the code')")

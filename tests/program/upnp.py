@@ -11,7 +11,7 @@ import tempfile
 import threading
 from xml.sax.saxutils import escape
 
-from nuvid import wait_for
+from nuvid import LocalServer, wait_for
 
 MINIDLNA = next((path for path in ("/usr/sbin/minidlnad", shutil.which("minidlnad")) if path and os.path.exists(path)), None)
 GROUP = "239.255.255.250"
@@ -84,21 +84,18 @@ def item(identifier, title, *resources):
     return f'<item id="{identifier}" parentID="0"><dc:title>{escape(title)}</dc:title><upnp:class>object.item.videoItem</upnp:class>{places}</item>'
 
 
-class ScriptedServer(http.server.ThreadingHTTPServer):
+class ScriptedServer(LocalServer):
     """Announces itself, and answers Browse with what `answer(object id, start, count)` gives: a list of objects, or a
     function that is called with the request's handler."""
-    daemon_threads = True
 
     def __init__(self, name, uuid, answer):
-        super().__init__(("127.0.0.1", 0), _Soap)
         self.name, self.uuid, self.answer = name, uuid, answer
         self.asked = []
-        self.released = threading.Event()
+        super().__init__(_Soap)
         self.ssdp = socket.socket(socket.AF_INET, socket.SOCK_DGRAM)
         self.ssdp.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
         self.ssdp.bind((GROUP, 1900))
         self.ssdp.setsockopt(socket.IPPROTO_IP, socket.IP_ADD_MEMBERSHIP, struct.pack("4s4s", socket.inet_aton(GROUP), socket.inet_aton("127.0.0.1")))
-        threading.Thread(target=self.serve_forever, args=(0.05,), daemon=True).start()
         threading.Thread(target=self._respond, daemon=True).start()
         self.notify("alive")
 
@@ -119,15 +116,10 @@ class ScriptedServer(http.server.ThreadingHTTPServer):
             if data.startswith(b"M-SEARCH") and (b"MediaServer" in data or b"ssdp:all" in data):
                 self.ssdp.sendto(f"HTTP/1.1 200 OK\r\nST: {TYPE}\r\nEXT:\r\n{self._head()}\r\n".encode(), sender)
 
-    def handle_error(self, request, client_address):
-        pass
-
     def __exit__(self, *_):
         self.notify("byebye")
-        self.released.set()
         self.ssdp.close()
-        self.shutdown()
-        self.server_close()
+        super().__exit__()
 
 
 class _Soap(http.server.BaseHTTPRequestHandler):
