@@ -70,23 +70,11 @@ TEST(FileSettingsTest, ReadsWhatItWrote)
     EXPECT_EQ(FormatFileSettings(marks, marks, state), "#Nuvid File. Do not modify\nz 0\n");
 }
 
-TEST(FileSettingsTest, EveryPrefixIsASubset)
-{
-    const std::string text = kText;
-    for (size_t length = 0; length <= text.size(); ++length) {
-        const std::string prefix = text.substr(0, length);
-        const FileSettings settings = ParseFileSettings(prefix);
-        EXPECT_EQ(IsFileSettings(prefix), length >= 12);
-        EXPECT_LE(settings.chapters.Size(), 2);
-        EXPECT_LE(settings.bookmarks.Size(), 2);
-        EXPECT_EQ(
-            ParseFileSettings(FormatFileSettings(settings.chapters, settings.bookmarks, settings.state)).chapters.Size(), settings.chapters.Size());
-    }
-}
-
 TEST(FileSettingsTest, IgnoresWhatItDoesNotUnderstand)
 {
     EXPECT_EQ(ParseFileSettings("#Nuvid File, mine\nz 3\n").state.zoomMode, 0);
+    EXPECT_FALSE(IsFileSettings("#Nuvid File"));
+    EXPECT_TRUE(IsFileSettings("#Nuvid File."));
     const std::string hostile = "#Nuvid File. whatever\r\n\r\n\n@\nb\nb@\nb @\nc noposition\nq 5\nz\nz \na -1\r\nv 99999999999999999999\n"
         + ("b " + std::string(400, 'n') + "@7\n") + "r a@b@\r\nc x@-99999999999999999999\nc y@ +12 3\n" + std::string("b nul\0@5\n", 9)
         + "z -99999999999999999999";
