@@ -116,9 +116,6 @@ TEST_F(AllSelectorTest, CutsNamesAsTheSequenceDoes)
 
 TEST(AllSelectorPattern, BecomesAnEqualExpression)
 {
-    EXPECT_STREQ(AllSelector::PatternToRegex("VTS_01_*.VOB"), "VTS_01_.*\\.VOB");
-    EXPECT_STREQ(AllSelector::PatternToRegex("a?b"), "a.b");
-    EXPECT_STREQ(AllSelector::PatternToRegex("+()^$.{}[]|\\"), "\\+\\(\\)\\^\\$\\.\\{\\}\\[\\]\\|\\\\");
     EXPECT_STREQ(AllSelector::PatternToRegex(nullptr), "");
     regex_t compiled;
     ASSERT_EQ(regcomp(&compiled, AllSelector::PatternToRegex("+()^$.{}[]|\\"), REG_EXTENDED), 0);
