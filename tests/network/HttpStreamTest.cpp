@@ -162,24 +162,6 @@ TEST(HttpStream, InterruptedReadTakesNothingAndCanBeAskedAgain)
     }
 }
 
-TEST(HttpStream, WaitOnTheUserInterfaceThreadKeepsItTurning)
-{
-    FakeUiLoop loop;
-    HeldServer held(1000);
-    CascadeHTTPStream stream;
-    ASSERT_TRUE(stream.Open(held.Server().Url().c_str()));
-    // What the loop does meanwhile brings the bytes: without it the read would not end.
-    int depth = 0;
-    host::PostToUi([&] {
-        depth = host::UiWaitDepth();
-        EXPECT_EQ(stream.GetPosition(), 0u);
-        held.Open();
-    });
-    EXPECT_TRUE(Read(stream, 100000) == Noise().substr(0, 100000));
-    EXPECT_EQ(depth, 1);
-    EXPECT_GT(loop.turns, 0);
-}
-
 TEST(HttpStream, EndOfTheUserInterfacesWaitEndsReadAndOpen)
 {
     FakeUiLoop loop;
