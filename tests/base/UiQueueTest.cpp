@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include "host/base/VideoOutput.h"
 #include "tests/support/FakeUiLoop.h"
 
 using host::Clock;
@@ -282,29 +281,6 @@ TEST(UiWaitTest, ALoopIsGivenUpOnlyWhenNobodyWakesItAnyMore)
     host::SetUiLoop(nullptr);
     EXPECT_TRUE(loop.left);
     poster.join();
-}
-
-TEST(UiWaitTest, ALoopMayGoWhileOthersPost)
-{
-    std::atomic<bool> stop {false};
-    std::atomic<int> posts {0};
-    std::thread poster([&] {
-        while (!stop) {
-            host::PostToUi([] {});
-            host::NotifyVideo();
-            ++posts;
-        }
-    });
-    for (int round = 0; round < 200; ++round) {
-        const FakeUiLoop loop;
-        const int before = posts;
-        while (posts == before) {
-            std::this_thread::yield();
-        }
-    }
-    stop = true;
-    poster.join();
-    host::DrainUiQueue();
 }
 
 }    // namespace
