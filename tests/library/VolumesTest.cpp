@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <map>
 #include <thread>
 
@@ -19,7 +18,6 @@
 #include "tests/support/TemporaryFolder.h"
 
 using namespace host;
-using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -246,18 +244,4 @@ TEST_F(VolumeFolderTest, WaitsForAnotherPlayerAndTakesOverWhatOneLeft)
     }
     ASSERT_EQ(Show({{"C", "/mnt/c"}}), Result::kShown);
     EXPECT_EQ(LinksIn(m_Path), (Links {{"C", "/mnt/c"}}));
-}
-
-TEST_F(VolumeFolderTest, TheKeeperFillsItAndLeavesItAtTheEnd)
-{
-    VolumeKeeper keeper;
-    ASSERT_TRUE(keeper.Start(m_Path));
-    const auto end = std::chrono::steady_clock::now() + 20s;
-    // The home folder or the one for films is always there.
-    while ((!fs::exists(m_Path) || LinksIn(m_Path).empty()) && std::chrono::steady_clock::now() < end) {
-        std::this_thread::yield();
-    }
-    keeper.Stop();
-    const Links links = LinksIn(m_Path);
-    EXPECT_TRUE(links.count("Home") + links.count("Videos") == 1);
 }
