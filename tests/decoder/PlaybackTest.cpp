@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <fstream>
 
 #include <malloc.h>
 
@@ -13,19 +12,10 @@
 namespace {
 
 using namespace std::chrono_literals;
+using test::BytesOf;
 using test::FakeUi;
 using test::Feeder;
-
-std::string Fixture(const std::string& name)
-{
-    return std::string(NUVID_FIXTURES) + "/" + name;
-}
-
-std::string BytesOf(const std::string& name)
-{
-    std::ifstream file(Fixture(name), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
+using test::Fixture;
 
 struct Streams {
     bool program = true;
@@ -117,24 +107,6 @@ TEST_F(Playback, JoinedRecordingsWithClocksOfTheirOwnPlayAsOne)
     ExpectInStep();
     EXPECT_LE(std::abs(FakeUi::Number("worst_av_offset_ms")), 100);
     EXPECT_NEAR(FakeUi::Number("clock_s"), 6.0, 0.001);    // no gap and no overlap in the time line
-}
-
-TEST_F(Playback, PauseHoldsThePictureAndResumeGoesOnThere)
-{
-    Feeder feeder(BytesOf("mpeg2_mp2.mpg"));
-    ASSERT_TRUE(StartOn(feeder, Scan(Fixture("mpeg2_mp2.mpg"))));
-    ASSERT_TRUE(ui.RunUntil([&] { return ui.Count() >= 20; }, 5s));
-    const host::Clock::time_point before = host::Clock::now();
-    ASSERT_TRUE(feeder.PauseStreaming());
-    EXPECT_LT(host::Clock::now() - before, 200ms);
-    const size_t count = ui.Count();
-    ui.RunFor(400ms);
-    EXPECT_LE(ui.Count(), count + 1);
-    EXPECT_NE(FakeUi::Stats().find("\"state\":\"paused\""), std::string::npos);
-    ASSERT_TRUE(feeder.ResumeStreaming(true));
-    PlayOut(feeder, 125);
-    ExpectWhole(125);
-    ExpectInStep();
 }
 
 TEST_F(Playback, ReopeningElsewhereShowsAPictureOfThereSoonAndBlackFollowsAClose)

@@ -1,10 +1,9 @@
 // A feeder that reads files one after the other, and a user-interface loop that shows its pictures.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <string>
 
 #include "host/base/HostHooks.h"
@@ -12,10 +11,22 @@
 #include "host/base/UiQueue.h"
 #include "host/base/VideoOutput.h"
 #include "platform/MPEGDecoder.h"
+#include "tests/support/FakeUiLoop.h"
+#include "tests/support/TestBytes.h"
 
 namespace test {
 
 using host::Clock;
+
+inline std::string Fixture(const std::string& name)
+{
+    return NUVID_FIXTURES "/" + name;
+}
+
+inline std::string BytesOf(const std::string& name)
+{
+    return FileBytes(Fixture(name));
+}
 
 // Feeds bytes as the engine does: a short buffer at the end, then nothing, and the end is known when the
 // buffer that held the last bytes is offered again.
@@ -66,18 +77,22 @@ private:
 };
 
 // The user-interface thread: asks the source when it is due, shows at once.
-class FakeUi : public host::UiLoop {
+class FakeUi : public FakeUiLoop {
 public:
-    FakeUi() { host::SetUiLoop(this); }
-    ~FakeUi() override { host::SetUiLoop(nullptr); }
-
-    void Wake() override
+    void TurnWhileWaiting(Clock::time_point until) override
     {
-        std::lock_guard lock(m_Mutex);
-        m_bWoken = true;
-        m_Condition.notify_one();
+        Clock::time_point next = Clock::time_point::max();
+        if (host::VideoSource* source = host::CurrentVideoSource()) {
+            host::VideoFrame frame;
+            if (source->Advance(Clock::now(), frame, next)) {
+                m_bBlack = !frame;
+                m_Frame = frame;
+                m_nShown += frame ? 1 : 0;
+                source->OnPresented(Clock::now());
+            }
+        }
+        FakeUiLoop::TurnWhileWaiting(std::min(until, next));
     }
-    void TurnWhileWaiting(Clock::time_point until) override { Turn(until); }
 
     // Turns until `done` or the time-out. True: done.
     bool RunUntil(const std::function<bool()>& done, std::chrono::milliseconds atMost)
@@ -87,7 +102,7 @@ public:
             if (Clock::now() >= deadline) {
                 return false;
             }
-            Turn(std::min(deadline, Clock::now() + std::chrono::milliseconds(200)));
+            TurnWhileWaiting(std::min(deadline, Clock::now() + std::chrono::milliseconds(200)));
         }
         return true;
     }
@@ -105,27 +120,6 @@ public:
     static std::string Stats() { return host::Hooks().decoderStats(); }
 
 private:
-    void Turn(Clock::time_point until)
-    {
-        host::DrainUiQueue();
-        Clock::time_point next = Clock::time_point::max();
-        if (host::VideoSource* source = host::CurrentVideoSource()) {
-            host::VideoFrame frame;
-            if (source->Advance(Clock::now(), frame, next)) {
-                m_bBlack = !frame;
-                m_Frame = frame;
-                m_nShown += frame ? 1 : 0;
-                source->OnPresented(Clock::now());
-            }
-        }
-        std::unique_lock lock(m_Mutex);
-        m_Condition.wait_until(lock, std::min(until, next), [this] { return m_bWoken; });
-        m_bWoken = false;
-    }
-
-    std::mutex m_Mutex;
-    std::condition_variable m_Condition;
-    bool m_bWoken = false;
     bool m_bBlack = true;
     host::VideoFrame m_Frame;    // held as a screen holds it
     size_t m_nShown = 0;

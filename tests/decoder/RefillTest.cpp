@@ -1,6 +1,4 @@
 // A source slower than the stream: few long stops instead of many short ones, and nothing is lost over them.
-#include <fstream>
-
 #include <gtest/gtest.h>
 
 #include "host/decoder/Refill.h"
@@ -44,8 +42,7 @@ TEST(Refill, AStreamFromASlowSourceStopsSeldomAndLosesNothing)
     options.headless = true;
     host::SetCurrentHostOptions(options);
     test::FakeUi ui;
-    std::ifstream file(NUVID_FIXTURES "/mpeg2_mp2.mpg", std::ios::binary);    // 125 pictures, five seconds
-    const std::string bytes {std::istreambuf_iterator<char>(file), {}};
+    const std::string bytes = test::BytesOf("mpeg2_mp2.mpg");    // 125 pictures, five seconds
     SlowFeeder feeder(bytes, bytes.size() / 7);
     ASSERT_TRUE(feeder.Open(32, 98304) && feeder.SelectPIDs(true, 0xE0, 0xE0, 0xC0, 0, false) && feeder.ResumeStreaming(true));
     ASSERT_TRUE(ui.RunUntil([] { return test::FakeUi::Number("refills") > 0; }, 10s));

@@ -1,32 +1,17 @@
 // Classification and lists.
 #include <gtest/gtest.h>
 
-#include <cstring>
-#include <fstream>
-
 #include "host/decoder/Demux.h"
 #include "host/decoder/StreamKind.h"
 #include "host/decoder/StreamSniff.h"
 #include "platform/CascadeMPEGFile.h"
 #include "platform/CascadeStream.h"
+#include "tests/decoder/PlayerHarness.h"
 
 namespace {
 
+using test::Fixture;
 using Type = CascadeMPEGFile::StreamType;
-
-std::string Fixture(const std::string& name)
-{
-    return std::string(NUVID_FIXTURES) + "/" + name;
-}
-
-std::string Bytes(const std::string& name, size_t count = 400000)
-{
-    std::ifstream file(Fixture(name), std::ios::binary);
-    std::string bytes(count, '\0');
-    file.read(bytes.data(), static_cast<std::streamsize>(count));
-    bytes.resize(static_cast<size_t>(file.gcount()));
-    return bytes;
-}
 
 Type Kind(const std::string& bytes)
 {
@@ -44,7 +29,7 @@ TEST(StreamKind, IsToldByTheMarksWhateverStandsBefore)
     };
     for (const auto& [name, type] : table) {
         SCOPED_TRACE(name);
-        const std::string bytes = Bytes(name);
+        const std::string bytes = test::BytesOf(name).substr(0, 400000);
         EXPECT_EQ(Kind(bytes), type);
         if (type != CascadeMPEGFile::kUnsupported) {
             EXPECT_EQ(Kind(std::string(5000, '\xFF') + bytes), type);
