@@ -98,10 +98,16 @@ TEST_F(Playback, EverySoundTrackIsFoundByItsIdentifier)
     }
 }
 
-TEST_F(Playback, JoinedRecordingsWithClocksOfTheirOwnPlayAsOne)
+TEST_F(Playback, JoinedRecordingsWithClocksOfTheirOwnPlayAsOneAlsoOverAPause)
 {
     Feeder feeder(BytesOf("parts/clip3.mpg") + BytesOf("parts/clip1.mpg") + BytesOf("parts/clip2.mpg"));
     ASSERT_TRUE(StartOn(feeder, Scan(Fixture("parts/clip1.mpg"))));
+    ASSERT_TRUE(ui.RunUntil([&] { return ui.Count() >= 20; }, 5s));
+    ASSERT_TRUE(feeder.PauseStreaming());
+    const size_t count = ui.Count();
+    ui.RunFor(400ms);
+    EXPECT_LE(ui.Count(), count + 1);
+    ASSERT_TRUE(feeder.ResumeStreaming(true));
     PlayOut(feeder, 150);
     ExpectWhole(150);
     ExpectInStep();
