@@ -79,6 +79,8 @@ private:
 // The user-interface thread: asks the source when it is due, shows at once.
 class FakeUi : public FakeUiLoop {
 public:
+    ~FakeUi() override { host::SetUiLoop(nullptr); }    // while it still is what threads may be waking
+
     void TurnWhileWaiting(Clock::time_point until) override
     {
         Clock::time_point next = Clock::time_point::max();
