@@ -304,6 +304,9 @@ class MediaServer(LocalServer):
     /hang/NAME       accepts, never answers   /stall/NAME     answers the first half, then nothing
     /rate-N/NAME     N bytes a second         /rest/NAME      the first half, three seconds of nothing, the rest
     /burst/NAME      half a megabyte, then a second of nothing
+    /drop/NAME       breaks the connection after 300,000 bytes
+    /no-range/NAME   ignores ranges, as some proxies do
+    /moved/NAME      a redirection to the same file
     """
 
     def __init__(self, folder, host="127.0.0.1"):
@@ -327,6 +330,11 @@ class _Handler(http.server.BaseHTTPRequestHandler):
             self.hang()
         elif not os.path.isfile(path):
             self.send_error(404)
+        elif way == "moved":
+            self.send_response(302)
+            self.send_header("Location", f"/{name}")
+            self.send_header("Content-Length", "0")
+            self.end_headers()
         else:
             with open(path, "rb") as file:
                 self.serve(way, file.read())
@@ -336,7 +344,7 @@ class _Handler(http.server.BaseHTTPRequestHandler):
         self.close_connection = True
 
     def serve(self, way, data):
-        asked = re.match(r"bytes=(\d+)-$", self.headers.get("Range") or "") if way != "chunked" else None
+        asked = re.match(r"bytes=(\d+)-$", self.headers.get("Range") or "") if way not in ("chunked", "no-range") else None
         begin = int(asked.group(1)) if asked else 0
         self.send_response(200 if not asked else 206 if begin < len(data) else 416)
         if asked:
@@ -344,7 +352,8 @@ class _Handler(http.server.BaseHTTPRequestHandler):
         if way == "chunked":
             self.send_header("Transfer-Encoding", "chunked")
         else:
-            self.send_header("Accept-Ranges", "bytes")
+            if way != "no-range":
+                self.send_header("Accept-Ranges", "bytes")
             self.send_header("Content-Length", str(max(0, len(data) - begin)))
         self.end_headers()
         self.send_paced(way, data[begin:])
@@ -352,13 +361,16 @@ class _Handler(http.server.BaseHTTPRequestHandler):
     def send_paced(self, way, data):
         rate = int(way[5:]) if way.startswith("rate-") else 0
         half = len(data) // 2 + 1
-        piece = {"burst": 524288, "chunked": 65536, "rest": half, "stall": half}.get(way, rate // 50 or max(1, len(data)))
+        piece = {"burst": 524288, "chunked": 65536, "drop": 300000, "rest": half, "stall": half}.get(way, rate // 50 or max(1, len(data)))
         started = time.monotonic()
         for at in range(0, len(data), piece):
             part = data[at:at + piece]
             self.wfile.write(f"{len(part):x}\r\n".encode() + part + b"\r\n" if way == "chunked" else part)
             if way == "stall":
                 self.hang()
+                return
+            if way == "drop":
+                self.close_connection = True
                 return
             due = started + (at + piece) / rate if rate else time.monotonic() + {"burst": 1.0, "rest": 3.0}.get(way, 0)
             time.sleep(max(0.0, due - time.monotonic()))    # the server's slowness, not the test's

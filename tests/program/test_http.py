@@ -34,11 +34,12 @@ class Http(unittest.TestCase):
 
         with Shelf(film, "ts_2audio.ts") as shelf, MediaServer(shelf.folder) as server, web_server(shelf.folder) as real:
             needed = os.path.getsize(shelf.path(film)) // 5    # the bytes of a second
-            ways = {f"rate-{needed * 3 // 2}": False, f"rate-{needed // 2}": True, "burst": None, "rest": True, "chunked": False}
+            ways = {f"rate-{needed * 3 // 2}": False, f"rate-{needed // 2}": True, "burst": None, "rest": True, "drop": False, "chunked": False, "no-range": None, "moved": False}
             jobs = {way: lambda way=way, starves=starves: play(server.url(f"{way}/{film}"), starves=starves) for way, starves in ways.items()}
             jobs["a real server"] = lambda: play(real.url(film))
             jobs["transport stream"] = lambda: play(server.url("ts_2audio.ts"), "ts_2audio.ts")
             together(jobs)
+            self.assertIn((f"/drop/{film}", "bytes=300000-"), server.requests)    # taken up at the byte where it broke
 
     def test_the_longer_addresses_do_for_streams_control_and_the_phone_remote(self):
         with Shelf("mpeg2_mp2.mpg") as shelf, MediaServer(shelf.folder, "::1") as server:
