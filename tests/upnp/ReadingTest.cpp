@@ -161,6 +161,13 @@ TEST(Didl, MendsWhatServersOftenGetWrong)
     ASSERT_EQ(read.objects.size(), 2u);
     EXPECT_EQ(read.objects[0]->title, "Tom & Jerry \xEF\xBF\xBDt\xEF\xBF\xBD A&e;");
     EXPECT_EQ(read.objects[1]->title, "2");
+    // What a document says of its encoding held before it was put into the answer.
+    for (const char* begin : {"<?xml version=\"1.0\" encoding=\"iso-8859-1\"?>", "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-16\"?>", "\xEF\xBB\xBF"}) {
+        const DidlObjects marked = ReadDidl(begin + Didl("<container id=\"1\"><dc:title>\xC3\xA4</dc:title></container>"));
+        ASSERT_EQ(marked.objects.size(), 1u) << begin;
+        EXPECT_EQ(marked.objects[0]->title, "\xC3\xA4");
+        EXPECT_TRUE(marked.whole);
+    }
 }
 
 TEST(Didl, BoundsEverything)
