@@ -6,6 +6,7 @@
 #include <iterator>
 #include <set>
 #include <string>
+#include <vector>
 
 #include <stdlib.h>
 
@@ -37,6 +38,12 @@ public:
     {
         std::ofstream(*this / name, std::ios::binary | std::ios::trunc) << bytes;
         return *this / name;
+    }
+    void WriteEach(const std::vector<std::string>& names, const std::string& bytes = "x") const
+    {
+        for (const std::string& name : names) {
+            Write(name, bytes);
+        }
     }
     void Append(const std::string& name, const std::string& bytes) const { std::ofstream(*this / name, std::ios::binary | std::ios::app) << bytes; }
     std::string Read(const std::string& name) const

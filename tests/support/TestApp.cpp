@@ -252,6 +252,13 @@ void PressKey(unsigned long key)
     KeyUp(key);
 }
 
+void PressKeys(const std::vector<unsigned long>& keys)
+{
+    for (const unsigned long key : keys) {
+        PressKey(key);
+    }
+}
+
 bool TypeText(const char* utf8)
 {
     CascadeWindow* const window = FocusWindow();

@@ -49,6 +49,7 @@ std::string Command(const char* text);    // through OnECPCommand of the applica
 // ---- keys: as the box delivers them: the focused window first, then the application; a release goes to the
 // window that handled the press
 void PressKey(unsigned long key);    // down and up
+void PressKeys(const std::vector<unsigned long>& keys);
 void KeyDown(unsigned long key);
 void KeyUp(unsigned long key);
 bool TypeText(const char* utf8);     // to the focused window
