@@ -32,42 +32,11 @@ protected:
             m_Machine.Tick();
         }
     }
-    // Ticks until a scheduled action has acted, and until it has settled after that.
-    int TicksUntilIdle()
-    {
-        int ticks = 0;
-        while (m_Machine.State() != SEQ_IDLE && ticks < 100) {
-            Tick(1);
-            ++ticks;
-        }
-        return ticks;
-    }
 
     bool m_bOpens = true;
     std::vector<std::string> m_Done;
     ActionMachine m_Machine {*this};
 };
-
-TEST_F(ActionMachineTest, EachStateDoesItsActionAndSettles)
-{
-    const struct {
-        SequenceState state;
-        int argument;
-        const char* action;
-        int ticks;    // one of delay, one that acts, and those of settling
-    } cases[] = {{SEQ_OPEN_SELECTED, 0, "open selected", 2}, {SEQ_SKIP_FORWARD, 30, "forward 30", 3}, {SEQ_SKIP_BACK, 10, "back 10", 3},
-        {SEQ_RESELECT, 0, "reselect", 9}, {SEQ_REOPEN, 0, "reopen", 3}, {SEQ_OPEN_LIST_ENTRY, 0, "open list entry", 2},
-        {SEQ_END_OF_FILE, 0, "end of file", 9}, {SEQ_NEXT_CHAPTER, 0, "next chapter", 3}, {SEQ_PREV_CHAPTER, 0, "prev chapter", 3},
-        {SEQ_PREV_CHAPTER, 1, "prev chapter again", 3}, {SEQ_NEXT_BOOKMARK, 0, "next bookmark", 3}, {SEQ_PREV_BOOKMARK, 0, "prev bookmark", 3},
-        {SEQ_PREV_BOOKMARK, 1, "prev bookmark again", 3}};
-    for (const auto& c : cases) {
-        m_Machine.GoIdle();
-        m_Done.clear();
-        ASSERT_TRUE(m_Machine.Schedule(c.state, c.argument));
-        EXPECT_EQ(TicksUntilIdle(), c.ticks) << c.action;
-        EXPECT_EQ(m_Done, (std::vector<std::string> {c.action}));
-    }
-}
 
 TEST_F(ActionMachineTest, ItemsThatFailAreTriedOnePerTick)
 {
@@ -87,7 +56,9 @@ TEST_F(ActionMachineTest, AStepThatGoesFirstLeavesNoKeyDeaf)
 {
     m_Machine.Schedule(SEQ_SKIP_FORWARD, 30);
     m_Machine.Begin(SEQ_OPEN_SELECTED, 2);
-    EXPECT_EQ(TicksUntilIdle(), 3);
+    Tick(2);
+    EXPECT_TRUE(m_Done.empty());
+    Tick(1);
     EXPECT_EQ(m_Done, (std::vector<std::string> {"open selected"}));
     EXPECT_FALSE(m_Machine.IsBusy());
 

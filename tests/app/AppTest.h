@@ -26,9 +26,14 @@ protected:
         return path;
     }
 
-    // As main does it, up to the event loop. Without icons the words of status lines are shown.
+    // As main does it, up to the event loop; another start ends the run before it. Without icons the words of status
+    // lines are shown.
     void Start(std::vector<std::string> arguments, bool icons = false)
     {
+        if (m_pApp != nullptr) {
+            m_pApp.reset();
+            TestPlatform::Reset();
+        }
         arguments.insert(arguments.begin(), m_Folder / "nuvid");
         if (!icons) {
             arguments.insert(arguments.begin() + 1, "-noicons");
@@ -95,12 +100,17 @@ protected:
     std::string CurrentFile() { return TestPlatform::Command("Nuvid currentfilename"); }
     std::string Status() { return TestPlatform::Command("Nuvid status"); }
 
+    static constexpr uint32_t kEndOfStream = 0xDEADBEEF;
+    void DecoderSays(uint32_t id)
+    {
+        CascadeMessage message;
+        message.id = id;
+        m_pApp->OnWormholeMessage(message);
+    }
     // The decoder's end of the stream, and the ticks until what it holds has been played.
     void EndStream()
     {
-        CascadeMessage message;
-        message.id = 0xDEADBEEF;
-        m_pApp->OnWormholeMessage(message);
+        DecoderSays(kEndOfStream);
         TestPlatform::Tick(DrainTicks(5120000) + 1);
     }
 

@@ -7,12 +7,11 @@
 
 namespace {
 
-BrowsePlace Find(const char* location, const char* path, const std::set<std::string>& folders, int browserMode = 0)
+BrowsePlace Find(const char* location, const char* path, const std::set<std::string>& folders)
 {
     StartOptions options;
     options.browseFolder = "/media/films";
     options.browseRoot = "/media";
-    options.browserMode = browserMode;
     EFileBrowser::FileInfo chosen;
     chosen.location = location;
     chosen.path = path;
@@ -65,16 +64,8 @@ TEST(BrowsePlaceTest, TheFilterFollowsTheNumbersOfTheOptions)
 {
     const int filters[] = {2, 1, 3, 0, 2};
     for (int mode = 0; mode < 5; ++mode) {
-        EXPECT_EQ(Find("", "", {}, mode).filter, filters[mode]) << mode;
+        EXPECT_EQ(BrowsePlace::FilterOfMode(mode), filters[mode]) << mode;
     }
-    EXPECT_EQ(BrowsePlace::FilterOfMode(-1), 2);
-}
-
-TEST(BrowsePlaceTest, OnlyWhatIsKnownToBeNoFolderIsNone)
-{
-    EXPECT_TRUE(BrowsePlace::MayBeFolder("/"));
-    EXPECT_FALSE(BrowsePlace::MayBeFolder("/no such folder"));
-    EXPECT_FALSE(BrowsePlace::MayBeFolder("/proc/self/exe"));
 }
 
 }    // namespace

@@ -42,21 +42,6 @@ TEST_F(CommandsTest, SkipsTakeSeconds)
         EXPECT_TRUE(Shows(c.text)) << c.command;
         EXPECT_TRUE(Has(Ticked(3), c.skipped)) << c.command;
     }
-    Command("Nuvid forward 90");
-    EXPECT_EQ(Said([] { Command("Nuvid back 20"); }), "ERROR!!! Already in a sequence\n");
-    EXPECT_TRUE(Shows("Rewind"));    // shown all the same
-}
-
-TEST_F(CommandsTest, OpeningGoesBeforeAnActionThatIsPending)
-{
-    const std::string b = MakeFile("b.mpg");
-    Play({MakeFile("a.mpg")});
-    TestPlatform::PressKey(Remote::kRight);
-    Command(("Nuvid open " + b).c_str());
-    EXPECT_FALSE(Has(Ticked(5), "To Skip"));
-    EXPECT_EQ(CurrentFile(), "b.mpg");
-    TestPlatform::PressKey(Remote::kStop);    // no key has gone deaf
-    EXPECT_EQ(Status(), "Stopped");
 }
 
 TEST_F(CommandsTest, APathIsNeeded)

@@ -60,9 +60,7 @@ protected:
     }
     void WriteFilm()
     {
-        for (const char* const name : {"film_1.mpg", "film_2.mpg", "film_3.mpg", "film_1.nfo", "film_x.mpg", "films_1.mpg", "film_1.jpg"}) {
-            m_Folder.Write(name, "x");
-        }
+        m_Folder.WriteEach({"film_1.mpg", "film_2.mpg", "film_3.mpg", "film_1.nfo", "film_x.mpg", "films_1.mpg", "film_1.jpg"});
         m_Folder.Write("film.nuvid", kSignature);
     }
 
@@ -106,11 +104,10 @@ TEST_F(MDeleteDialogTest, ExitKeepsEverythingAndOtherKeysAreSwallowed)
 
 TEST_F(MDeleteDialogTest, WhatCannotGoIsToldAndTheRestGoes)
 {
-    m_Folder.Write("clip1.mpg", "x");
+    m_Folder.WriteEach({"clip1.mpg", "clip4.mpg"});
     std::filesystem::create_directory(m_Folder / "clip2.mpg");
     std::filesystem::create_directory(m_Folder / "elsewhere");
     std::filesystem::create_directory_symlink(m_Folder / "elsewhere", m_Folder / "clip3.mpg");
-    m_Folder.Write("clip4.mpg", "x");
     Ask("clip1.mpg");
     const std::string said = Pressed(Remote::kSelect);
     for (const char* const name : {"clip2.mpg", "clip3.mpg", "clip.nuvid"}) {
@@ -121,12 +118,9 @@ TEST_F(MDeleteDialogTest, WhatCannotGoIsToldAndTheRestGoes)
 
 TEST_F(MDeleteDialogTest, OnlyFilesOfThisItemAreListed)
 {
-    for (const char* const name : {"Show1", "Show2", "film~old.mpg", "film~old.mpg.1x", "film~old.mpg.2x"}) {
-        m_Folder.Write(name, "x");
-    }
+    m_Folder.WriteEach({"Show1", "Show2", "film~old.mpg", "film~old.mpg.1x", "film~old.mpg.2x"});
     std::filesystem::create_directory(m_Folder / "Show");
-    m_Folder.Write("clip2.mpg", "x");
-    m_Folder.Write("clip3.mpg", "x");
+    m_Folder.WriteEach({"clip2.mpg", "clip3.mpg"});
     m_Folder.Write("clip.nuvid", "my own notes\n");
     EXPECT_TRUE(DeletionList::Gather(m_Folder / "Show").files.empty());    // a folder
     EXPECT_TRUE(DeletionList::Gather("http://server/film.mpg").files.empty());

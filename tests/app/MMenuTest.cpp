@@ -33,12 +33,6 @@ protected:
         EXPECT_FALSE(m_Menu.IsMaterialized());
         m_Ids.push_back(id);
     }
-    void Press(std::initializer_list<unsigned long> keys)
-    {
-        for (const unsigned long key : keys) {
-            TestPlatform::PressKey(key);
-        }
-    }
 
     MMenu m_Menu;
     std::vector<unsigned long> m_Ids;
@@ -60,9 +54,7 @@ TEST_F(MMenuTest, KeysMoveRoundAndRoundAndPress)
     };
     for (const auto& c : cases) {
         m_Menu.Materialize();
-        for (const unsigned long key : c.keys) {
-            TestPlatform::PressKey(key);
-        }
+        TestPlatform::PressKeys(c.keys);
         EXPECT_EQ(m_Ids, (std::vector<unsigned long> {c.id}));
         m_Ids.clear();
     }
@@ -71,19 +63,19 @@ TEST_F(MMenuTest, KeysMoveRoundAndRoundAndPress)
 TEST_F(MMenuTest, SpinnersTurnPastMissingChoices)
 {
     m_Menu.Materialize();
-    Press({Remote::kDown});
+    TestPlatform::PressKeys({Remote::kDown});
     EXPECT_EQ(m_Menu.GetCurrentChoice(2), 1);
     TestPlatform::Paint(m_Menu);
-    Press({Remote::kRight, Remote::kRight});
+    TestPlatform::PressKeys({Remote::kRight, Remote::kRight});
     EXPECT_EQ(m_Menu.GetCurrentChoice(2), 0);
     EXPECT_TRUE(TestPlatform::NeedsPaint(m_Menu));
-    Press({Remote::kLeft});
+    TestPlatform::PressKeys({Remote::kLeft});
     EXPECT_EQ(m_Menu.GetCurrentChoice(2), 2);
     m_Menu.SetText(2, nullptr, 1);
     m_Menu.SetText(2, "h", 7);
-    Press({Remote::kSelect});
+    TestPlatform::PressKeys({Remote::kSelect});
     EXPECT_EQ(m_Menu.GetCurrentChoice(2), 7);
-    Press({Remote::kRight, Remote::kRight});
+    TestPlatform::PressKeys({Remote::kRight, Remote::kRight});
     EXPECT_EQ(m_Menu.GetCurrentChoice(2), 2);
     EXPECT_TRUE(m_Ids.empty());
 
@@ -97,36 +89,8 @@ TEST_F(MMenuTest, SpinnersTurnPastMissingChoices)
     for (int i = 0; i < MMenu::kMaxChoices; ++i) {
         m_Menu.SetText(2, nullptr, i);
     }
-    Press({Remote::kRight});    // ends
+    TestPlatform::PressKeys({Remote::kRight});    // ends
     TestPlatform::Paint(m_Menu);
-}
-
-TEST_F(MMenuTest, TheFocusStandsOutAndFollowsTheTheme)
-{
-    m_Menu.Materialize();
-    const auto blits = [this](const char* name) {
-        const auto drawings = TestPlatform::Paint(m_Menu);
-        int count = 0;
-        for (const Drawing& drawing : drawings) {
-            count += drawing.kind == Drawing::kStretchBlit && drawing.source == name ? 1 : 0;
-        }
-        return count;
-    };
-    EXPECT_EQ(blits("dialog.png"), 0);    // no such picture: the rest is drawn all the same
-    const std::string dialog = m_Folder.Write("graphics/common/dialog.png", "x");
-    TestPlatform::AddPicture(dialog, {700, 445});
-    g_ThemeSelect.ClearBitmapCache();
-    EXPECT_EQ(blits("dialog.png"), 1);
-    const auto brightTexts = [this] {
-        std::string texts;
-        for (const Drawing& drawing : TestPlatform::Paint(m_Menu)) {
-            texts += drawing.kind == Drawing::kText && drawing.color == 0xFFFFFFFF ? drawing.text + " " : "";
-        }
-        return texts;
-    };
-    EXPECT_EQ(brightTexts(), "Title One ");
-    Press({Remote::kDown});
-    EXPECT_EQ(brightTexts(), "Title b Two ");
 }
 
 // Every menu as it is built, with the longest texts that it may show.

@@ -61,14 +61,4 @@ TEST_F(MThemeSelectTest, APictureTheThemeLacksComesFromThePlatform)
     EXPECT_TRUE(m_Themes.GetThemeBitmap(MThemeSelect::kSpinnerNormal)->IsEmpty());
 }
 
-TEST_F(MThemeSelectTest, ButtonsAndSpinnersAreMadeEquallyWideAndKept)
-{
-    AddPicture("box/common/textbutton-narrow-normal.png", {200, 50});
-    CascadeBitmap* const button = m_Themes.GetThemeBitmap(MThemeSelect::kButtonNormal);
-    EXPECT_EQ(button->GetDims(), (CascadeDims {270, 50}));
-    EXPECT_EQ(m_Themes.GetThemeBitmap(MThemeSelect::kButtonNormal), button);
-    ASSERT_EQ(TestPlatform::DrawingsOn(*button).size(), 1U);
-    EXPECT_EQ(TestPlatform::DrawingsOn(*button)[0].rect, (CascadeRect {0, 0, 270, 50}));
-}
-
 }    // namespace

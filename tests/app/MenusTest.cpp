@@ -5,21 +5,18 @@ namespace {
 
 class MenusTest : public AppTest {
 protected:
-    // The focus goes down by so many items, and select is pressed; injected keys arrive.
-    void Choose(int item)
-    {
-        for (int i = 0; i < item; ++i) {
-            TestPlatform::PressKey(Remote::kDown);
-        }
-        TestPlatform::PressKey(Remote::kSelect);
-        TestPlatform::DeliverKeys();
-    }
     void Down(int times, unsigned long thenKey)
     {
         for (int i = 0; i < times; ++i) {
             TestPlatform::PressKey(Remote::kDown);
         }
         TestPlatform::PressKey(thenKey);
+    }
+    // Injected keys arrive too.
+    void Choose(int item)
+    {
+        Down(item, Remote::kSelect);
+        TestPlatform::DeliverKeys();
     }
     std::string WriteResumePoint(const std::string& name)
     {
@@ -28,11 +25,6 @@ protected:
         return path;
     }
     bool Asked() { return Window("Resume Playback") != nullptr; }
-    std::map<std::string, std::string> SavedOptions()
-    {
-        m_pApp->OnAppExit();
-        return TestPlatform::Settings()["orvandi.nuvid.settings"];
-    }
 };
 
 TEST_F(MenusTest, EachItemLeadsWhereItSays)
@@ -58,8 +50,6 @@ TEST_F(MenusTest, EachItemLeadsWhereItSays)
         EXPECT_NE(Window(title), nullptr) << title;
         EXPECT_EQ(TestPlatform::FocusWindow()->GetTitle().Str(), title);
         EXPECT_TRUE(c.text == nullptr || Shows(c.text)) << c.text;
-        m_pApp.reset();
-        TestPlatform::Reset();
     }
 }
 
@@ -110,7 +100,8 @@ TEST_F(MenusTest, OptionsAreShownAsTheyAreAndTakenOverOnDone)
     TestPlatform::PressKey(Remote::kExit);
     TestPlatform::PressKey(Remote::kInfo);
     EXPECT_EQ(TestPlatform::FindText(TestPlatform::Paint(Osd()), "No file")->fontSize, 24);
-    auto saved = SavedOptions();
+    m_pApp->OnAppExit();
+    auto& saved = TestPlatform::Settings()["orvandi.nuvid.settings"];
     EXPECT_EQ(saved["BrowserMode"] + saved["IconSize"] + saved["FontSize"] + saved["ResumeTimeout"], "31245");
     EXPECT_EQ(saved["MinFileSize"], "104857600");
     EXPECT_EQ(saved["Theme"], "Dark");
@@ -123,13 +114,11 @@ TEST_F(MenusTest, NothingIsAskedInAQueueOverAMenuOrWhenSwitchedOff)
     const std::string a = WriteResumePoint("a");
     Play({a, MakeFile("b.mpg")});
     EXPECT_FALSE(Asked());
-    m_pApp.reset();
-    TestPlatform::Reset();
+    m_pApp.reset();    // has written its own
     WriteResumePoint("a");
     Play({"-noresume", a});
     EXPECT_FALSE(Asked());
-    m_pApp.reset();
-    TestPlatform::Reset();
+    m_pApp.reset();    // has written its own
     WriteResumePoint("a");
     Start({});
     TestPlatform::Tick();

@@ -49,12 +49,6 @@ TEST_F(MyWindowTest, AnIconStandsInForTheWords)
     EXPECT_EQ(TestPlatform::FindText(drawings, "Play"), nullptr);
     EXPECT_EQ(Drawn("a.mpg"), (CascadeRect {1280 - WidthOf("a.mpg") - 25, 85, WidthOf("a.mpg"), kLine}));
     EXPECT_EQ(Drawn("fourth").top, 85 + kLine + 5);
-
-    // The shadow: drawn first, a tenth of the font's size to the right and below.
-    const Drawing* const shadow = TestPlatform::FindText(drawings, "a.mpg");
-    EXPECT_EQ(shadow->color, 0x000000FFU);
-    EXPECT_EQ(shadow->rect.left, Drawn("a.mpg").left + 4);
-    EXPECT_EQ(shadow->rect.top, Drawn("a.mpg").top + 4);
 }
 
 TEST_F(MyWindowTest, WordsAreShownWhereThereIsNoIcon)
@@ -76,16 +70,6 @@ TEST_F(MyWindowTest, WordsAreShownWhereThereIsNoIcon)
     EXPECT_EQ(TestPlatform::FindText(drawings, "Words"), nullptr);
 }
 
-TEST_F(MyWindowTest, WithIconsSwitchedOffOnlyWordsAreShown)
-{
-    Start({}, false);
-    m_pApp->Info("Play", Osd::kPlay);
-    EXPECT_NE(Drawn("Play").width, 0);
-    AddIcon("special.png", {30, 40});
-    m_pApp->Info("Words", "special.png");
-    EXPECT_NE(Drawn("Words").width, 0);
-}
-
 TEST_F(MyWindowTest, AMessageStaysForItsTimeAndIsThenCleared)
 {
     Start({});
@@ -100,15 +84,6 @@ TEST_F(MyWindowTest, AMessageStaysForItsTimeAndIsThenCleared)
     EXPECT_EQ(TestPlatform::Paint(Osd()).size(), 1U);
     TestPlatform::Tick(100);
     EXPECT_EQ(TestPlatform::RedrawCount(Osd()), redraws + 1);
-}
-
-TEST_F(MyWindowTest, ALongNameKeepsItsBeginningAndItsEnd)
-{
-    Start({});
-    const std::string name = std::string(200, 'x') + "the end.mpg";
-    m_pApp->Info("Play", 0, name.c_str());
-    const std::string shown = std::string(36, 'x') + "...xthe end.mpg";    // 51 characters are 1224 pixels, 52 too many
-    EXPECT_EQ(Drawn(shown), (CascadeRect {1280 - 1224 - 25, 20 + kLine + 5, 1224, kLine}));
 }
 
 TEST_F(MyWindowTest, MissingIconsAreToldAndMissed)

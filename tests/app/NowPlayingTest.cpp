@@ -1,6 +1,3 @@
-#include <chrono>
-#include <thread>
-
 #include "platform/CascadeNowPlaying.h"
 #include "tests/app/AppTest.h"
 
@@ -17,10 +14,7 @@ protected:
     // The disk is asked by another thread.
     CascadeNowPlaying NowOfSize(uint64_t bytes)
     {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (Now().sizeBytes != bytes && std::chrono::steady_clock::now() < deadline) {
-            std::this_thread::yield();
-        }
+        EXPECT_TRUE(Until([&] { return Now().sizeBytes == bytes; }));
         return Now();
     }
 };

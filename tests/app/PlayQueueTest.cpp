@@ -26,15 +26,6 @@ std::string Walk(PlayQueue& queue)
     return tried;
 }
 
-TEST(PlayQueueTest, AWalkTriesEachFollowingItem)
-{
-    PlayQueue queue = QueueOf({"a", "b", "c"});
-    EXPECT_EQ(Walk(queue), "b c ");
-    EXPECT_EQ(queue.Cursor(), 2);
-    EXPECT_FALSE(queue.HasNext());
-    EXPECT_EQ(Walk(queue), "");
-}
-
 TEST(PlayQueueTest, ARepeatMarkWrapsOncePerWalkAndIsNeverTried)
 {
     PlayQueue queue = QueueOf({"a", "b", ":repeat"});

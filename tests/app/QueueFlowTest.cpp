@@ -8,16 +8,10 @@ class QueueFlowTest : public AppTest { };
 TEST_F(QueueFlowTest, TheNextItemIsOpenedWhenTheDecoderHasPlayedWhatItHolds)
 {
     Play({MakeFile("a.mpg"), MakeFile("b.mpg")});
-    const std::string said = Said([this] {
-        CascadeMessage message;
-        message.id = 0xDEADBEEF;
-        m_pApp->OnWormholeMessage(message);
-    });
-    EXPECT_EQ(said, "Nuvid: End of file\nWait time: 27\n");
+    EXPECT_EQ(Said([this] { DecoderSays(kEndOfStream); }), "Nuvid: End of file\nWait time: 27\n");
     TestPlatform::Tick(27);
     EXPECT_EQ(CurrentFile(), "a.mpg");
-    const std::string opened = Ticked(1);
-    EXPECT_TRUE(Has(opened, "EndOfFileReached()\nm_CurFileIdx= 0, m_FileList.size() = 2\n"));
+    EXPECT_TRUE(Has(Ticked(1), "EndOfFileReached()\nm_CurFileIdx= 0, m_FileList.size() = 2\n"));
     EXPECT_EQ(CurrentFile(), "b.mpg");
 }
 
@@ -62,20 +56,12 @@ TEST_F(QueueFlowTest, AnEndIsHeardOnlyWhileNothingIsPending)
     EXPECT_EQ(CurrentFile(), "a.mpg");
     EndStream();
     EXPECT_EQ(CurrentFile(), "b.mpg");
-    // A request that comes while the decoder drains is refused.
-    TestPlatform::Tick(8);
-    CascadeMessage message;
-    message.id = 0xDEADBEEF;
-    m_pApp->OnWormholeMessage(message);
-    EXPECT_TRUE(Has(Pressed(Remote::kRight), "ERROR!!! Already in a sequence\n"));
 }
 
 TEST_F(QueueFlowTest, ADecoderErrorEndsTheProgram)
 {
     Play({MakeFile("a.mpg")});
-    CascadeMessage message;
-    message.id = 0xDEADDEAD;
-    EXPECT_TRUE(Has(Said([&] { m_pApp->OnWormholeMessage(message); }), "Decoder error!\n"));
+    EXPECT_TRUE(Has(Said([&] { DecoderSays(0xDEADDEAD); }), "Decoder error!\n"));
     EXPECT_TRUE(TestPlatform::WasTerminated());
     EXPECT_FALSE(TestDecoder::IsOpen());
 }
@@ -115,17 +101,6 @@ TEST_F(QueueFlowTest, AnItemsDurationIsUsedWhereTheEngineKnowsNone)
     TestPlatform::PressKey(Remote::kInfo);
     const auto drawings = TestPlatform::Paint(*TestPlatform::WindowsOnScreen().at(1));
     EXPECT_NE(TestPlatform::FindText(drawings, "0:00 / 10:00"), nullptr);
-}
-
-TEST_F(QueueFlowTest, WithNothingChosenTheViewerIsAsked)
-{
-    Play({MakeFile("a.mpg")});
-    for (const int reason : {1, 5, -1}) {
-        TestPlatform::Tick(30);
-        EXPECT_EQ(Said([&] { m_pApp->callback({}, reason); }), "inReason " + std::to_string(reason) + "\n");
-        EXPECT_TRUE(Shows("Press [Menu] to open a file"));
-    }
-    EXPECT_EQ(CurrentFile(), "a.mpg");
 }
 
 }    // namespace
