@@ -3,7 +3,6 @@
 #include "platform/RemoteKeys.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPlatform.h"
-#include "widgets/ESlices.h"
 
 using TestPlatform::Drawing;
 
@@ -66,9 +65,7 @@ TEST_F(EDialogTest, TheFocusGoesRoundAndSelectAnswers)
     for (const auto& c : cases) {
         m_Dialog.Show("Q", this);
         EXPECT_EQ(TestPlatform::FocusWindow(), &m_Dialog);
-        for (const unsigned long key : c.keys) {
-            TestPlatform::PressKey(key);
-        }
+        TestPlatform::PressKeys(c.keys);
         EXPECT_EQ(Result(), c.result);
         EXPECT_EQ(TestPlatform::FocusWindow(), &below);
     }
@@ -146,26 +143,6 @@ TEST_F(EDialogTest, AllOfItStandsInsideThePanelInTheMiddleOfTheScreen)
     EXPECT_LT(highlightLeft(), 0);
     TestPlatform::PressKey(Remote::kRight);
     EXPECT_GT(highlightLeft(), 0);
-}
-
-TEST(ESlicesTest, OnlyTheMiddleIsStretched)
-{
-    TestPlatform::Reset();
-    const auto drawn = [](int width) {
-        CascadeBitmap picture;
-        CascadeBitmap target;
-        picture.Create(100, 40);
-        target.Create(500, 100);
-        ESlices::Draw(target, {10, 20, width, 40}, picture, 20);
-        std::vector<CascadeRect> rects;
-        for (const Drawing& drawing : TestPlatform::DrawingsOn(target)) {
-            rects.push_back(drawing.rect);
-        }
-        return rects;
-    };
-    EXPECT_EQ(drawn(300), (std::vector<CascadeRect> {{10, 20, 20, 40}, {30, 20, 260, 40}, {290, 20, 20, 40}}));
-    EXPECT_EQ(drawn(100), (std::vector<CascadeRect> {{10, 20, 100, 40}}));
-    EXPECT_EQ(drawn(40), (std::vector<CascadeRect> {{10, 20, 40, 40}}));
 }
 
 }    // namespace

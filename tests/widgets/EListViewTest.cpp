@@ -78,12 +78,6 @@ TEST_F(EListViewTest, RowsOnScreenAreDrawnInsideThePanelAndFollowTheCursor)
     EXPECT_EQ(m_List.GetListMode(), EListView::kLarge);
     EXPECT_FALSE(m_List.Last() && m_List.Last());
     EXPECT_EQ(Range(), "95-99");
-    EXPECT_TRUE(m_List.JumpTo("NAME 4"));
-    EXPECT_EQ(m_List.GetSelectedIndex(), 4);
-    EXPECT_FALSE(m_List.JumpTo("other"));
-    EXPECT_EQ(m_List.GetSelectedIndex(), 4);
-    EXPECT_TRUE(m_List.Step(-1));
-    EXPECT_EQ(m_List.GetSelectedIndex(), 3);
 }
 
 TEST_F(EListViewTest, ColumnsAreFoundByNameAndHiddenWhenNarrow)

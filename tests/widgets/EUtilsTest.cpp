@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "platform/CascadeScreen.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestPlatform.h"
 
@@ -15,28 +14,20 @@ const CascadeFont kFont("system", 10);
 
 class EUtilsTest : public PlatformTest { };
 
-TEST_F(EUtilsTest, SizesAreWrittenInTheLargestUnitThatFits)
+TEST_F(EUtilsTest, SizesAreWrittenInTheLargestUnitThatFitsOrInKilobytes)
 {
     const struct {
         unsigned long long size;
         const char* text;
-    } cases[] = {{0, "0 bytes"}, {1023, "1023 bytes"}, {1024, "1 MB"}, {500 * 1024, "500 MB"}, {1048575, "1023 MB"}, {1048576, "1 MB"},
-        {1073741823, "1023 MB"}, {1073741824, "1.00 GB"}, {5000000000, "4.66 GB"}, {1ULL << 42, "0.00 GB"}};
+        const char* kilobytes;
+    } cases[] = {{0, "0 bytes", "1 KB"}, {1023, "1023 bytes", "1 KB"}, {1024, "1 MB", "1 KB"}, {1023999, "999 MB", "999 KB"},
+        {1024000, "1000 MB", "1,000 KB"}, {1048575, "1023 MB", "1,023 KB"}, {1048576, "1 MB", "1,024 KB"}, {1073741823, "1023 MB", "1,048,575 KB"},
+        {1073741824, "1.00 GB", "1,048,576 KB"}, {5000000000, "4.66 GB", "4,882,812 KB"}, {1ULL << 42, "0.00 GB", "4,294,967,296 KB"}};
     for (const auto& c : cases) {
         EXPECT_EQ(EUtils::GetFileSizeString(c.size).Str(), c.text) << c.size;
+        EXPECT_EQ(EUtils::GetFileSizeKBString(c.size).Str(), c.kilobytes) << c.size;
     }
-}
-
-TEST_F(EUtilsTest, KilobytesAreGroupedByThousands)
-{
-    const struct {
-        unsigned long long size;
-        const char* text;
-    } cases[] = {{0, "1 KB"}, {1023, "1 KB"}, {1024, "1 KB"}, {1023999, "999 KB"}, {1024000, "1,000 KB"}, {1234567ULL << 10, "1,234,567 KB"},
-        {~0ULL, "18,014,398,509,481,983 KB"}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(EUtils::GetFileSizeKBString(c.size).Str(), c.text) << c.size;
-    }
+    EXPECT_EQ(EUtils::GetFileSizeKBString(~0ULL).Str(), "18,014,398,509,481,983 KB");
 }
 
 TEST_F(EUtilsTest, AFilesSizeIsReadAndAMissingOneHasNone)
@@ -194,28 +185,6 @@ TEST_F(EUtilsTest, PixelsReachTheBitmapThroughSharedMemory)
     EXPECT_FALSE(EUtils::BufferBlit(target, {0, 0}, pixels, {0, 2}, 24, {}));
     EXPECT_FALSE(EUtils::BufferBlit(target, {0, 0}, pixels, {-2, -2}, 24, {}));
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Unable to open shared zone.\nUnable to open shared zone.\n");
-}
-
-TEST_F(EUtilsTest, RectanglesAreCentredAndTextsShadowed)
-{
-    CascadeRect rect {0, 0, 700, 445};
-    EUtils::CenterRectInScreen(rect);
-    EXPECT_EQ(rect, (CascadeRect {290, 137, 700, 445}));
-    rect = {0, 0, 1400, 720};
-    EUtils::CenterRectInScreen(rect);
-    EXPECT_EQ(rect, (CascadeRect {-60, 0, 1400, 720}));
-
-    CascadeBitmap bitmap;
-    ASSERT_TRUE(bitmap.Create(100, 100));
-    EUtils::ShadowedTextOut(bitmap, {5, 6}, "text", kFont, 0xFFFFFFFF, 0x000000FF, 2);
-    const auto& drawings = TestPlatform::DrawingsOn(bitmap);
-    ASSERT_EQ(drawings.size(), 6U);    // the shadow and the rim below
-    EXPECT_EQ(drawings[0].color, 0x000000FFU);
-    EXPECT_EQ(drawings[0].rect, (CascadeRect {7, 8, 24, 12}));
-    EXPECT_EQ(drawings[1].rect, (CascadeRect {4, 5, 24, 12}));
-    EXPECT_EQ(drawings[4].rect, (CascadeRect {6, 7, 24, 12}));
-    EXPECT_EQ(drawings[5].color, 0xFFFFFFFFU);
-    EXPECT_EQ(drawings[5].rect, (CascadeRect {5, 6, 24, 12}));
 }
 
 }    // namespace

@@ -195,22 +195,6 @@ TEST(ListItemsTest, TextsStayWithTheirItem)
     EXPECT_EQ(items.FindTag(""), -1);
 }
 
-TEST(ListItemsTest, TypedLettersFindTheFirstNameThatBeginsSo)
-{
-    ListItems items;
-    for (const char* const name : {"..", "alpha", "Beta", "bravo", "Brazil", "ÄB"}) {
-        items.Add(name);
-    }
-    const struct {
-        const char* prefix;
-        int item;
-    } cases[] = {{"b", 2}, {"BR", 3}, {"braz", 4}, {"Ä", 5}, {"brazilian", -1}, {"x", -1}, {"", -1}, {".", 0}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(items.FindPrefix(c.prefix), c.item) << c.prefix;
-    }
-    EXPECT_EQ(items.FindPrefix(nullptr), -1);
-}
-
 TEST(ListItemsTest, FiftyThousandItemsAreCheap)
 {
     ListItems items;
