@@ -35,6 +35,7 @@ protected:
 
     void Prepare(FolderReader reader = ReadFolder)
     {
+        m_pBrowser.reset();
         m_pBrowser = std::make_unique<EFileBrowser>(std::move(reader));
         m_pBrowser->SetIconGraphicsPath("/common/");
         m_pBrowser->SetDeletionAllowed(true);

@@ -3,8 +3,6 @@
 #include "platform/RemoteKeys.h"
 #include "tests/support/TestPlatform.h"
 
-#include <gmock/gmock.h>
-
 namespace {
 
 class EInfoWindowTest : public PlatformTest, protected EInfoWindow::Client {
@@ -38,30 +36,6 @@ TEST_F(EInfoWindowTest, TheHeaderStandsAtTheBottomOfFourLines)
     EXPECT_STREQ("PG\nDirected by: A\nWritten by: B\nDrama\n", m_Window.GetHeader());
 }
 
-TEST_F(EInfoWindowTest, PaintsTitleDescriptionAndHeaderInTheirPlaces)
-{
-    EInfoFile info;
-    info.title = "Example";
-    info.year = "2003";
-    info.description = "It rains.";
-    info.actors = "A, B";
-    info.genre = "Drama";
-    Show(info);
-    EXPECT_EQ((CascadeRect {290, 160, 700, 400}), m_Window.GetRect());
-    const auto drawings = TestPlatform::Paint(m_Window);
-    struct Case {
-        const char* text;
-        int fromTop;
-        int toTop;
-    };
-    for (const Case& one : {Case {"Example (2003)", 14, 20}, {"It rains.", 60, 70}, {"A, B", 90, 200}, {"Drama", 300, 335}, {"Play", 335, 400}}) {
-        const TestPlatform::Drawing* const drawing = TestPlatform::FindText(drawings, one.text);
-        ASSERT_NE(nullptr, drawing) << one.text;
-        EXPECT_GE(drawing->rect.top - m_Window.GetRect().top, one.fromTop) << one.text;
-        EXPECT_LT(drawing->rect.Bottom() - drawing->rect.height - m_Window.GetRect().top, one.toTop) << one.text;
-    }
-}
-
 TEST_F(EInfoWindowTest, OnlyAPressedButtonTellsTheClient)
 {
     struct Case {
@@ -79,9 +53,7 @@ TEST_F(EInfoWindowTest, OnlyAPressedButtonTellsTheClient)
         m_Calls.clear();
         Show({});
         EXPECT_TRUE(m_Window.HasFocus());
-        for (const unsigned long key : one.keys) {
-            TestPlatform::PressKey(key);
-        }
+        TestPlatform::PressKeys(one.keys);
         EXPECT_EQ(one.calls, m_Calls);
         EXPECT_FALSE(m_Window.IsMaterialized());
     }

@@ -57,9 +57,7 @@ protected:
 
 TEST_F(FolderScanTest, FoldersComeFirstAndCaseDoesNotCount)
 {
-    for (const char* name : {"beta.mpg", "Alpha.mpg", "alpha.mpg", "zeta.ts", "_.mpg", "abcdefghZ.mpg", "ABCDEFGHa.mpg"}) {
-        m_Folder.Write(name, "x");
-    }
+    m_Folder.WriteEach({"beta.mpg", "Alpha.mpg", "alpha.mpg", "zeta.ts", "_.mpg", "abcdefghZ.mpg", "ABCDEFGHa.mpg"});
     for (const char* name : {"zoo", "Attic", "System Volume Information", "RECYCLER", "recycler"}) {
         MakeFolder(name);
     }
@@ -77,11 +75,7 @@ TEST_F(FolderScanTest, FiltersByNumberPatternAndSize)
     m_Folder.Write("film_1.mpg", std::string(3000, 'x'));
     m_Folder.Write("film_2.mpg", std::string(2000, 'x'));
     m_Folder.Write("film.nuvid", "#Nuvid File. Do not modify\n");
-    m_Folder.Write("film.jpg", "x");
-    m_Folder.Write("short.MPG", "x");
-    m_Folder.Write("list.Nuvidlist", "");
-    m_Folder.Write("Thumbs.db", "x");
-    m_Folder.Write("folder.cfg", "x");
+    m_Folder.WriteEach({"film.jpg", "short.MPG", "list.Nuvidlist", "Thumbs.db", "folder.cfg"});
     EXPECT_THAT(Names(Scan(0)), ElementsAre("film.jpg", "film.nuvid", "film_1.mpg", "film_2.mpg", "list.Nuvidlist", "short.MPG"));
     EXPECT_THAT(Names(Scan(1)), ElementsAre("film.jpg", "film_1.mpg", "list.Nuvidlist", "short.MPG"));
     EXPECT_THAT(Names(Scan(3, "", 2001)), ElementsAre("film_1.mpg", "list.Nuvidlist"));

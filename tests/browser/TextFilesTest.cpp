@@ -94,9 +94,7 @@ protected:
 
 TEST_F(InfoFileTest, FindsTheFirstOfItsNames)
 {
-    for (const char* name : {"film.mpg", "film.txt", "film.my", "other_1.VOB", "other_2.VOB", "other.my", "bare.ts"}) {
-        m_Folder.Write(name, "x=1");
-    }
+    m_Folder.WriteEach({"film.mpg", "film.txt", "film.my", "other_1.VOB", "other_2.VOB", "other.my", "bare.ts"}, "x=1");
     EXPECT_STREQ("film.txt", FoundFor("film.mpg"));
     EXPECT_STREQ("film", m_Title);
     m_Folder.Write("film.nfo", "");

@@ -44,16 +44,6 @@ TEST_F(TitleSetLookupTest, TheLargestTitleSetOfAFolderIsItsFeature)
     EXPECT_TRUE(m_List.IsEmpty());
 }
 
-// No information files stand between the sets: each must still be looked at, and only once.
-TEST_F(TitleSetLookupTest, SetsOfOneFileEachAreAllSeen)
-{
-    Make("VTS_01_1.VOB", 100);
-    Make("VTS_02_1.VOB", 300);
-    Make("VTS_03_1.VOB", 200);
-    EXPECT_EQ(Find(50), In("VTS_02_1.VOB"));
-    EXPECT_EQ(m_List.GetSize(), 3U);
-}
-
 TEST_F(TitleSetLookupTest, SetsAboveTheThresholdAreListed)
 {
     Make("VTS_01_1.VOB", 2048);
