@@ -71,11 +71,10 @@ public:
         ++presented;
         lastPresented = when;
     }
-    host::VideoPlacement Placement() const override { return placement; }
+    host::VideoPlacement Placement() const override { return {}; }
 
     int presented = 0;
     Clock::time_point lastPresented;
-    host::VideoPlacement placement;
 
 private:
     host::VideoFrame m_Next;
@@ -130,26 +129,6 @@ struct CompositorTest : LoopTest {
 };
 
 }    // namespace
-
-TEST_F(CompositorTest, PictureBordersAndWindowsEndUpWhereTheyBelong)
-{
-    PlainSource source;
-    ShowGreen(source, {720, 576}, 4.0 / 3.0);
-    RecordingWindow low(app.log, "low", {100, 100, 200, 200});
-    RecordingWindow high(app.log, "high", {200, 200, 200, 200});
-    low.onPaint = [](CascadeBitmap& bitmap) { bitmap.Fill(0x0000FFFF); };
-    high.onPaint = [](CascadeBitmap& bitmap) { bitmap.Fill(0xFFFFFF80); };
-    high.Materialize(CascadeWindow::kPlane1);
-    low.Materialize(CascadeWindow::kPlane0);
-    const Shot shot = Composed();
-    EXPECT_TRUE(Like(shot.At(640, 360), kGreen));
-    EXPECT_TRUE(Like(shot.At(162, 10), kGreen));
-    EXPECT_TRUE(Like(shot.At(158, 10), 0));    // the border beside a 4:3 picture
-    EXPECT_TRUE(Like(shot.At(120, 150), 0x0000FF));
-    EXPECT_TRUE(Like(shot.At(250, 250), 0x8080FF));    // white of half strength on blue
-    EXPECT_TRUE(Like(shot.At(350, 350), 0x80FF80));
-    EXPECT_EQ(1, source.presented);
-}
 
 TEST_F(CompositorTest, TheFeedIsTheScreenInSmallAndSaysWhenNothingChanged)
 {
@@ -291,19 +270,6 @@ TEST_F(CompositorTest, AWindowThatChangesWaitsForAPictureThatIsNear)
     window.Redraw();
     ASSERT_TRUE(TurnUntil([&] { return number() == before + 1; }));    // that one is not near
     EXPECT_EQ(source.presented, count);
-}
-
-TEST_F(CompositorTest, PlacementIsFollowedWithoutANewPicture)
-{
-    PlainSource source;
-    ShowGreen(source);
-    EXPECT_TRUE(Like(Composed().At(10, 10), kGreen));
-    source.placement.scale = {320, 180, 640, 360};
-    host::NotifyVideo();
-    const Shot shot = Composed();
-    EXPECT_TRUE(Like(shot.At(10, 10), 0));
-    EXPECT_TRUE(Like(shot.At(322, 182), kGreen));
-    EXPECT_TRUE(Like(shot.At(962, 182), 0));
 }
 
 TEST_F(CompositorTest, ResolutionsSwitchTheOutputAndEverythingFollows)

@@ -95,16 +95,6 @@ protected:
         const auto near = [&](size_t at, int value) { return std::abs(data.at(3 * pixel + at) - value) < 12; };
         return near(0, red) && near(1, green) && near(2, blue);
     }
-    // The header of a small picture that says it were another size.
-    static std::string Lying(unsigned width, unsigned height)
-    {
-        std::string bytes(reinterpret_cast<const char*>(kRedJpeg), sizeof kRedJpeg);
-        bytes[kJpegSize] = static_cast<char>(height >> 8);
-        bytes[kJpegSize + 1] = static_cast<char>(height);
-        bytes[kJpegSize + 2] = static_cast<char>(width >> 8);
-        bytes[kJpegSize + 3] = static_cast<char>(width);
-        return bytes;
-    }
 
     TemporaryFolder m_Folder;
 };
@@ -161,13 +151,13 @@ TEST_F(JpegFileTest, WhatIsTooLargeOrNoPictureIsRefusedByItsHeader)
     } sizes[] = {{40, 24, true}, {16384, 100, true}, {100, 16384, true}, {16385, 1, false}, {1, 16385, false}, {65500, 10, false},
         {10000, 10000, true}, {10001, 10000, false}, {16384, 16384, false}, {0, 24, false}, {40, 0, false}};
     for (const auto& size : sizes) {
-        EXPECT_EQ(Opens(Lying(size.width, size.height)), size.opens) << size.width << " x " << size.height;
+        EXPECT_EQ(Opens(RedJpegOf(size.width, size.height)), size.opens) << size.width << " x " << size.height;
     }
     EXPECT_FALSE(Opens(""));
     EXPECT_FALSE(Opens("text that is no picture"));
     EXPECT_FALSE(Opens("\xFF\xD8"));
 
-    const std::string large = m_Folder.Write("large.jpg", Lying(40, 24));
+    const std::string large = m_Folder.Write("large.jpg", RedJpegOf(40, 24));
     std::filesystem::resize_file(large, (64U << 20) + 1);
     mkfifo((m_Folder / "pipe.jpg").c_str(), 0600);
     CascadeJpegFile file;
@@ -178,7 +168,7 @@ TEST_F(JpegFileTest, WhatIsTooLargeOrNoPictureIsRefusedByItsHeader)
 
     unsigned char data[12];
     EXPECT_FALSE(file.GetBitmapData({0, 0, 2, 2}, data));
-    ASSERT_TRUE(file.Open(m_Folder.Write("x.jpg", Lying(40, 24)).c_str()));
+    ASSERT_TRUE(file.Open(m_Folder.Write("x.jpg", RedJpegOf(40, 24)).c_str()));
     EXPECT_TRUE(file.GetBitmapData({0, 0, 2, 2}, data));
     EXPECT_EQ(file.GetBitmapDataSize(0, 4), 0U);
     EXPECT_EQ(file.GetBitmapDataSize(20000, 4), 0U);

@@ -1,6 +1,5 @@
 #include "tests/screen/LoopFixture.h"
 
-#include <csignal>
 #include <thread>
 
 #include "host/base/HostHooks.h"
@@ -40,9 +39,8 @@ TEST_F(LoopTest, MissedTicksAreDropped)
             std::this_thread::yield();
         }
     };
-    ASSERT_TRUE(TurnUntil([&] { return host::Clock::now() > late + 30ms; }));
+    ASSERT_TRUE(TurnUntil([&] { return timer.ticks >= 2 && host::Clock::now() > late + 30ms; }));
     EXPECT_LE(timer.ticks, 8);
-    EXPECT_GE(timer.ticks, 2);
 }
 
 TEST_F(LoopTest, ATimerThatDeletesItselfIsNotTouchedAgain)
@@ -166,16 +164,6 @@ TEST_F(WaitTest, EndWaitEndsEveryWaitOfTheEventAndNoLaterOne)
     });
     ASSERT_TRUE(TurnUntil([&] { return results.size() == 3; }));
     EXPECT_EQ((std::vector {host::WaitResult::kInterrupted, host::WaitResult::kInterrupted, host::WaitResult::kDone}), results);
-}
-
-TEST_F(LoopTest, ASignalEndsTheLoopWhateverIsOpen)
-{
-    RecordingWindow menu(app.log, "menu");
-    menu.Materialize();
-    Taken();
-    kill(getpid(), SIGTERM);
-    ASSERT_TRUE(TurnUntil([&] { return loop.HasEnded(); }));
-    EXPECT_EQ(Log {}, Taken());
 }
 
 TEST_F(LoopTest, AnIdleLoopSleeps)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 
 // clang-format off
 inline constexpr unsigned char kRedJpeg[] = {
@@ -18,3 +19,14 @@ inline constexpr unsigned char kRedJpeg[] = {
 };
 // clang-format on
 inline constexpr size_t kJpegSize = 191;
+
+// The same picture; its header says that it were so large.
+inline std::string RedJpegOf(unsigned width, unsigned height)
+{
+    std::string bytes(reinterpret_cast<const char*>(kRedJpeg), sizeof kRedJpeg);
+    bytes[kJpegSize] = static_cast<char>(height >> 8);
+    bytes[kJpegSize + 1] = static_cast<char>(height);
+    bytes[kJpegSize + 2] = static_cast<char>(width >> 8);
+    bytes[kJpegSize + 3] = static_cast<char>(width);
+    return bytes;
+}

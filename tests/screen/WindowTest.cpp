@@ -137,9 +137,9 @@ TEST_F(LoopTest, TheFocusReturnsPastWindowsThatNeverHadIt)
     main.Materialize();
     list.Materialize(CascadeWindow::kPlane1);
     list.TakeFocus();
-    picture.Materialize(CascadeWindow::kPlane1);
     dialog.Materialize(CascadeWindow::kPlane2);
     dialog.TakeFocus();
+    picture.Materialize(CascadeWindow::kPlane1);    // below the dialog
     EXPECT_EQ((std::vector<std::string> {"main", "list", "picture", "dialog"}), host::Hooks().windowTitles());
     dialog.Vanish();
     EXPECT_TRUE(list.HasFocus());
