@@ -15,15 +15,17 @@
 
 namespace {
 
+struct DispatchedKey {
+    unsigned long key;
+    bool down;
+};
 struct AppState {
     std::vector<std::string> args;
     bool terminated = false;
-    int exitCode = 0;
-    std::vector<std::string> prefixes;
     bool waiting = false;
     bool waitEnded = false;
     std::deque<std::function<void()>> afterWait;
-    std::vector<TestPlatform::DispatchedKey> keys;
+    std::vector<DispatchedKey> keys;    // not yet delivered
     std::map<unsigned long, CascadeWindow*> takenBy;    // keys that are down and that a window handled
     int activity = 0;
 };
@@ -51,10 +53,9 @@ CascadeApp::~CascadeApp()
     }
 }
 
-void CascadeApp::Terminate(int exitCode)
+void CascadeApp::Terminate(int /*exitCode*/)
 {
     g_App.terminated = true;
-    g_App.exitCode = exitCode;
 }
 
 int CascadeApp::GetArgCount() const
@@ -72,10 +73,7 @@ CascadeString CascadeApp::GetProgramName() const
     return CascadeFSObject(GetArg(0)).GetName();
 }
 
-void CascadeApp::RegisterECPCommand(const char* prefix)
-{
-    g_App.prefixes.emplace_back(prefix);
-}
+void CascadeApp::RegisterECPCommand(const char* /*prefix*/) { }
 
 const char* CascadeApp::GetWormholeAddress() const
 {
@@ -183,16 +181,6 @@ bool WasTerminated()
     return g_App.terminated;
 }
 
-int ExitCode()
-{
-    return g_App.exitCode;
-}
-
-std::vector<std::string> ClaimedPrefixes()
-{
-    return g_App.prefixes;
-}
-
 std::string Command(const char* text)
 {
     CascadeString reply("Unknown command");
@@ -263,11 +251,6 @@ bool TypeText(const char* utf8)
 {
     CascadeWindow* const window = FocusWindow();
     return window != nullptr && window->OnText(utf8);
-}
-
-const std::vector<DispatchedKey>& DispatchedKeys()
-{
-    return g_App.keys;
 }
 
 int DeliverKeys()

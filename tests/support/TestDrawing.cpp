@@ -38,6 +38,13 @@ struct CascadeBitmap::Impl {
         drawing.color = color;
         return drawing;
     }
+    // An empty bitmap takes nothing.
+    static void AddTo(Impl* impl, Drawing::Kind kind, const CascadeRect& rect, CascadeColor color)
+    {
+        if (impl != nullptr) {
+            impl->Add(kind, rect, color);
+        }
+    }
 };
 
 CascadeBitmap::CascadeBitmap() = default;
@@ -95,38 +102,27 @@ CascadeRect CascadeBitmap::GetBounds() const
 
 void CascadeBitmap::Fill(CascadeColor color)
 {
-    if (m_pImpl) {
-        const CascadePoint origin = m_pImpl->origin;
-        m_pImpl->Add(Drawing::kFill, {origin.x, origin.y, m_pImpl->dims.width, m_pImpl->dims.height}, color);
-    }
+    Impl::AddTo(m_pImpl.get(), Drawing::kFill, GetBounds(), color);
 }
 
 void CascadeBitmap::FillRect(const CascadeRect& rect, CascadeColor color)
 {
-    if (m_pImpl) {
-        m_pImpl->Add(Drawing::kRect, rect, color);
-    }
+    Impl::AddTo(m_pImpl.get(), Drawing::kRect, rect, color);
 }
 
 void CascadeBitmap::FillRoundedRect(const CascadeRect& rect, int /*radius*/, CascadeColor color)
 {
-    if (m_pImpl) {
-        m_pImpl->Add(Drawing::kRoundedRect, rect, color);
-    }
+    Impl::AddTo(m_pImpl.get(), Drawing::kRoundedRect, rect, color);
 }
 
 void CascadeBitmap::FillGradient(const CascadeRect& rect, int /*radius*/, CascadeColor from, CascadeColor /*to*/, bool /*vertical*/)
 {
-    if (m_pImpl) {
-        m_pImpl->Add(Drawing::kGradient, rect, from);
-    }
+    Impl::AddTo(m_pImpl.get(), Drawing::kGradient, rect, from);
 }
 
 void CascadeBitmap::StrokeRoundedRect(const CascadeRect& rect, int /*radius*/, double /*lineWidth*/, CascadeColor color)
 {
-    if (m_pImpl) {
-        m_pImpl->Add(Drawing::kStroke, rect, color);
-    }
+    Impl::AddTo(m_pImpl.get(), Drawing::kStroke, rect, color);
 }
 
 void CascadeBitmap::TextOut(CascadePoint at, const char* text, const CascadeFont& font, CascadeColor color)
@@ -134,15 +130,6 @@ void CascadeBitmap::TextOut(CascadePoint at, const char* text, const CascadeFont
     if (m_pImpl) {
         const CascadeDims extent = font.GetTextExtent(text);
         Drawing& drawing = m_pImpl->Add(Drawing::kText, {at.x, at.y, extent.width, extent.height}, color);
-        drawing.text = text == nullptr ? "" : text;
-        drawing.fontSize = font.GetSize();
-    }
-}
-
-void CascadeBitmap::WrappedTextOut(const CascadeRect& box, const char* text, const CascadeFont& font, CascadeColor color)
-{
-    if (m_pImpl) {
-        Drawing& drawing = m_pImpl->Add(Drawing::kWrappedText, box, color);
         drawing.text = text == nullptr ? "" : text;
         drawing.fontSize = font.GetSize();
     }
@@ -234,8 +221,8 @@ const std::vector<Drawing>& DrawingsOn(const CascadeBitmap& bitmap)
 
 const Drawing* FindText(const std::vector<Drawing>& drawings, const std::string& text)
 {
-    const auto found = std::find_if(drawings.begin(), drawings.end(),
-        [&](const Drawing& drawing) { return (drawing.kind == Drawing::kText || drawing.kind == Drawing::kWrappedText) && drawing.text == text; });
+    const auto found = std::find_if(
+        drawings.begin(), drawings.end(), [&](const Drawing& drawing) { return drawing.kind == Drawing::kText && drawing.text == text; });
     return found == drawings.end() ? nullptr : &*found;
 }
 

@@ -44,11 +44,6 @@ bool CascadeJpegFile::Open(const char* path)
     return IsOpen();
 }
 
-void CascadeJpegFile::Close()
-{
-    m_pFile.reset();
-}
-
 unsigned CascadeJpegFile::GetImageWidth() const
 {
     return IsOpen() ? static_cast<unsigned>(m_pFile->dims.width) : 0;

@@ -42,8 +42,6 @@ bool Until(const std::function<bool()>& condition);
 // ---- application
 void SetArgs(std::vector<std::string> args);    // what GetArg answers; argument 0 is the program's path
 bool WasTerminated();
-int ExitCode();
-std::vector<std::string> ClaimedPrefixes();
 std::string Command(const char* text);    // through OnECPCommand of the application; the reply it leaves in "Unknown command"
 
 // ---- keys: as the box delivers them: the focused window first, then the application; a release goes to the
@@ -53,14 +51,8 @@ void PressKeys(const std::vector<unsigned long>& keys);
 void KeyDown(unsigned long key);
 void KeyUp(unsigned long key);
 bool TypeText(const char* utf8);     // to the focused window
-struct DispatchedKey {
-    unsigned long key = 0;
-    bool down = false;
-    friend bool operator==(const DispatchedKey&, const DispatchedKey&) = default;
-};
-const std::vector<DispatchedKey>& DispatchedKeys();    // by CascadeInput, not yet delivered
-int DeliverKeys();                                     // how many there were
-int ScreenActivity();                                  // calls of NotifyScreenActivity
+int DeliverKeys();       // those that CascadeInput was given; how many there were
+int ScreenActivity();    // calls of NotifyScreenActivity
 
 // ---- waiting (SetHTTPWait): meanwhile timers do not fire and keys go to OnKeyWhileWaiting. Leaving a wait does not
 // leave the event: the end flag stays
@@ -84,7 +76,7 @@ bool NeedsPaint(const CascadeWindow& window);
 
 // ---- drawing
 struct Drawing {
-    enum Kind { kFill, kRect, kRoundedRect, kGradient, kStroke, kText, kWrappedText, kBlit, kStretchBlit, kZoneBlit };
+    enum Kind { kFill, kRect, kRoundedRect, kGradient, kStroke, kText, kBlit, kStretchBlit, kZoneBlit };
     Kind kind = kFill;
     CascadeRect rect;             // as given; a text's is its extent, a fill's the whole bitmap
     CascadeColor color = 0;       // the first of a gradient
@@ -184,8 +176,6 @@ struct Request {
     std::string objectId;
     std::string filter;
     std::string sortCriteria;
-    unsigned long startIndex = 0;
-    unsigned long requestedCount = 0;
 };
 const std::vector<Request>& Requests();    // the index of one is its transaction less 1
 bool WasCancelled();                       // CancelAVBrowse was called while a request was outstanding
@@ -193,8 +183,6 @@ bool WasCancelled();                       // CancelAVBrowse was called while a 
 struct AnswerScript {
     std::vector<CascadeUPnP::AVObject> objects;    // added to what the array holds
     CascadeUPnP::TransactionResult result = CascadeUPnP::kTransactionOK;
-    unsigned long matchCount = 0;
-    bool done = true;
 };
 bool Answer(AnswerScript answer);    // to the last request; false: it is not outstanding
 

@@ -35,11 +35,7 @@ public:
         for (CascadeUPnP::AVObject& object : answer.objects) {
             objects.Append(std::make_unique<CascadeUPnP::AVObject>(std::move(object)));
         }
-        const unsigned long transaction = asking.m_nTransaction;
-        if (answer.done) {
-            asking.m_nTransaction = 0;
-        }
-        asking.OnAVBrowseResult(transaction, answer.result, answer.matchCount, objects, answer.done);
+        asking.OnAVBrowseResult(std::exchange(asking.m_nTransaction, 0), answer.result, 0, objects, true);
     }
     static void Forget(CascadeUPnP& asking)
     {
@@ -59,10 +55,10 @@ const char* CascadeUPnP::TransactionResultToString(TransactionResult result)
     return result == kTransactionOK ? "OK" : "failed";
 }
 
-unsigned long CascadeUPnP::InitiateAVBrowse(const CascadeString& deviceUUID, const CascadeString& objectId, const CascadeString& filter, const CascadeString& sortCriteria, unsigned long startIndex,
-                                            unsigned long requestedCount, AVObjectArray& result)
+unsigned long CascadeUPnP::InitiateAVBrowse(const CascadeString& deviceUUID, const CascadeString& objectId, const CascadeString& filter, const CascadeString& sortCriteria, unsigned long /*startIndex*/,
+                                            unsigned long /*requestedCount*/, AVObjectArray& result)
 {
-    g_Requests.push_back({deviceUUID.Str(), objectId.Str(), filter.Str(), sortCriteria.Str(), startIndex, requestedCount});
+    g_Requests.push_back({deviceUUID.Str(), objectId.Str(), filter.Str(), sortCriteria.Str()});
     CascadeUPnPRequests::Begin(*this, result);
     return m_nTransaction;
 }
