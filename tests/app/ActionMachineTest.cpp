@@ -52,6 +52,18 @@ TEST_F(ActionMachineTest, ItemsThatFailAreTriedOnePerTick)
     EXPECT_EQ(m_Done.size(), 3U);
 }
 
+// Another stream, or none, takes longer to settle than another place in the same one; further keys wait so long.
+TEST_F(ActionMachineTest, SettlesAfterItsAction)
+{
+    for (const auto& [state, ticks] : {std::pair(SEQ_SKIP_FORWARD, 3), std::pair(SEQ_RESELECT, 9), std::pair(SEQ_END_OF_FILE, 9)}) {
+        m_Machine.Schedule(state, 0);
+        Tick(ticks - 1);
+        EXPECT_NE(m_Machine.State(), SEQ_IDLE) << state;
+        Tick(1);
+        EXPECT_EQ(m_Machine.State(), SEQ_IDLE) << state;
+    }
+}
+
 TEST_F(ActionMachineTest, AStepThatGoesFirstLeavesNoKeyDeaf)
 {
     m_Machine.Schedule(SEQ_SKIP_FORWARD, 30);
