@@ -13,6 +13,8 @@ inline constexpr CascadeRect kHead {48, 24, 1184, 80};    // title, path and fil
 inline constexpr CascadeRect kList {40, 112, 792, 532};
 inline constexpr CascadeRect kDetail {848, 112, 392, 532};
 inline constexpr CascadeRect kHints {48, 654, 984, 36};
+inline constexpr CascadeRect kHeadLine {0, 0, kScreen.width, kList.top};
+inline constexpr CascadeRect kHintLine {0, kList.top + kList.height, kScreen.width, kScreen.height - kList.top - kList.height};
 inline constexpr CascadeRect kPosition {1032, 654, 200, 36};
 
 inline constexpr int kDetailPadding = 22;

@@ -197,6 +197,7 @@ private:
     void PaintHead(CascadeBitmap& bitmap) const;
     bool HelpsWith(unsigned long key, ItemKind kind) const;
     void PaintHints(CascadeBitmap& bitmap);
+    void RedrawTexts();
 
     int Selected() const { return m_List.GetSelectedIndex(); }
     const ItemFacts* Facts(int item) const;

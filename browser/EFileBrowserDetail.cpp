@@ -80,7 +80,7 @@ void EFileBrowser::Tick()
     }
     if (m_nNoticeCountdown > 0 && --m_nNoticeCountdown == 0) {
         m_Notice.Empty();
-        Redraw();
+        RedrawTexts();
     }
     if (m_nDetailCountdown > 0 && --m_nDetailCountdown == 0) {
         AskDetail();
@@ -149,7 +149,7 @@ void EFileBrowser::ShowNotice(const char* text)
 {
     m_Notice = text;
     StartCountdown(m_nNoticeCountdown, kNoticeTicks);
-    Redraw();
+    RedrawTexts();
 }
 
 // ---- the detail pane

@@ -51,7 +51,7 @@ void EFileBrowser::ShowPosition()
     }
     const ItemKind kind = KindOf(Selected());
     if (HelpsWith(Remote::kInfo, kind) != HelpsWith(Remote::kInfo, m_HintsFor) || HelpsWith(Remote::kStop, kind) != HelpsWith(Remote::kStop, m_HintsFor)) {
-        Redraw(BrowserLayout::kHints);
+        Redraw(BrowserLayout::kHintLine);
     }
 }
 
@@ -95,6 +95,13 @@ void EFileBrowser::OnPaint(CascadeBitmap& bitmap)
     bitmap.FillGradient(GetRect(), 0, kGroundTop, kGroundBottom, true);
     PaintHead(bitmap);
     PaintHints(bitmap);
+}
+
+// The ground between and around them stays as it is, and is most of the screen.
+void EFileBrowser::RedrawTexts()
+{
+    Redraw(BrowserLayout::kHeadLine);
+    Redraw(BrowserLayout::kHintLine);
 }
 
 void EFileBrowser::PaintHead(CascadeBitmap& bitmap) const

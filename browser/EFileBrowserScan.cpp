@@ -57,7 +57,7 @@ void EFileBrowser::SetCurrentFolder(const char* path)
     m_nHungDetails = 0;
     m_Phase = Phase::kOpening;
     StartCountdown(m_nPatience, kPatienceTicks);
-    Redraw();
+    RedrawTexts();
     if (m_ConfigJob.Start([folder = m_curPath](const JobStop&) { return FolderConfig::Read(folder); })) {
         WatchJobs();
     } else {
@@ -138,7 +138,7 @@ void EFileBrowser::OnListing(FolderListing& listing)
     CatalogDevices(listing);
     HideWait();
     ShowPosition();
-    Redraw();
+    RedrawTexts();
     m_List.Redraw();
     m_List.StartIconLoading();
 }
@@ -278,7 +278,7 @@ void EFileBrowser::ShowTextLine(const char* text)
     ShowParentDetail();
     ShowPosition();
     m_List.Redraw();
-    Redraw();
+    RedrawTexts();
 }
 
 // The viewer does not want to wait for a folder any longer. What it was to replace is still on the list.
@@ -295,7 +295,7 @@ void EFileBrowser::LeaveWait()
         m_Place = *m_Listed;
         m_curPath = m_ListedFolder;
         m_Phase = Phase::kListed;
-        Redraw();
+        RedrawTexts();
     } else if (m_curPath != m_Set.topFolder) {
         m_PendingDevice.Empty();
         SetCurrentFolder(m_Set.topFolder);

@@ -119,7 +119,7 @@ void EFileBrowser::OnAVBrowseResult(unsigned long transaction, TransactionResult
     ShowParentDetail();
     HideWait();
     ShowPosition();
-    Redraw();
+    RedrawTexts();
     m_List.Redraw();
     m_List.StartIconLoading();
 }
