@@ -63,8 +63,8 @@ def discovery_ms(top):
 
 
 def listing_ms(top, port, items):
-    """The player's two times and curl's: from the key to the list being there, and to the screen showing it (the
-    next command is answered after that)."""
+    """The player's two times and curl's: from the key to the answer being read, and to the screen showing the list
+    (the next command is answered after that)."""
     times = []
     with Lines(top) as player:
         player.menu(0)

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Measures media servers: bench/upnp.sh [PROGRAM] [ITEMS] [RATE]
 # How soon a running server is found, and what listing a large container costs beside the server's own answer to the
-# same question, asked by curl in the same run. A real server, in a network of its own; as root. RATE, "100mbit", makes
+# same question, asked by curl in the same run. A real server, in a network of its own; as root. RATE, "1gbit", makes
 # a line of that network.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
