@@ -175,6 +175,7 @@ TEST_F(BrowseJobTest, AsksInPagesWhenEverythingIsTooLarge)
     const Result result = Browse(server, limits);
     EXPECT_EQ(result.objects.size(), 1000u);
     EXPECT_EQ(result.result, CascadeUPnP::kTransactionOK);
+    EXPECT_GT(NumberIn(server.Asks().at(1).body, "StartingIndex"), 0u);    // not from the begin again
     // One that cannot help it, with and without saying so before.
     for (const bool says : {true, false}) {
         FaultyServer huge([says](Wire& wire, const Asked&, size_t) {

@@ -62,12 +62,7 @@ void BrowseJob::Take(Exchange::Answer answer)
         FinishEarly(CascadeUPnP::kTransactionTimedOut);
         return;
     case Exchange::Outcome::kTooLarge:
-        if (m_nPage == 0) {
-            m_nPage = m_Limits.page;
-            Ask();
-        } else {
-            Finish(CascadeUPnP::kTransactionBadAnswer);
-        }
+        TakeTooLarge();
         return;
     case Exchange::Outcome::kAnswered:
         break;
@@ -92,6 +87,20 @@ void BrowseJob::TakeFault(int code)
     } else {
         // Some servers refuse to be asked beyond their end instead of answering nothing.
         Finish(m_nGot > 0 && m_nGot >= m_nMatches ? CascadeUPnP::kTransactionOK : CascadeUPnP::kTransactionRefused);
+    }
+}
+
+void BrowseJob::TakeTooLarge()
+{
+    DidlObjects didl = m_pReader->FinishObjects();
+    const bool paged = std::exchange(m_nPage, m_Limits.page) != 0;
+    if (didl.count > 0) {
+        didl.whole = true;    // as far as it was to be read
+        TakeObjects(std::move(didl));
+    } else if (!paged) {
+        Ask();
+    } else {
+        Finish(CascadeUPnP::kTransactionBadAnswer);
     }
 }
 

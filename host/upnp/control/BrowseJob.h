@@ -3,8 +3,8 @@
 // Rules:     The server is asked for all and may give fewer; it is asked on from there until it gives
 //            nothing. What it says of the number of matches ends nothing, for servers name the page's size,
 //            or 0, or what they like; when it agrees, the last question is only whether there is one more,
-//            which costs the server least. One that answers the same page again is not asked on. An answer
-//            too large is asked for again in pages.
+//            which costs the server least. One that answers the same page again is not asked on. Of an
+//            answer too large its begin is taken; what follows is asked for in pages.
 // Units:     limits below.
 // Errors:    in the last page's result; what came before is good.
 // Threads:   the control point's thread.
@@ -30,8 +30,8 @@ struct BrowseTarget {
 
 struct BrowseLimits {
     size_t mostObjects = 100000;    // of a container
-    size_t mostBytes = 32 * 1024 * 1024;    // of one answer
-    unsigned long page = 500;    // when everything at once is too large
+    size_t mostBytes = 64 * 1024 * 1024;    // of one answer, which is read as it comes and not kept
+    unsigned long page = 500;    // once everything was too large
     unsigned answerSeconds = 60;    // for one answer
     int64_t allSeconds = 180;    // for all pages; none is asked for later
 };
@@ -48,6 +48,7 @@ private:
     void Ask(bool probe = false);    // for what follows; a probe: whether anything does
     void Take(Exchange::Answer answer);
     void TakeFault(int code);
+    void TakeTooLarge();
     void TakeBrowse(const BrowseEnvelope& envelope);
     void TakeObjects(DidlObjects didl);
     bool IsSamePage(const BrowseObjects& objects);

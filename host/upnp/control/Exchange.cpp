@@ -74,7 +74,7 @@ struct Exchange::State : std::enable_shared_from_this<Exchange::State> {
         }
         answer.status = soup_message_get_status(message.get());
         const goffset length = soup_message_headers_get_content_length(soup_message_get_response_headers(message.get()));
-        if (length > 0 && static_cast<uint64_t>(length) > mostBytes) {
+        if (!onPiece && length > 0 && static_cast<uint64_t>(length) > mostBytes) {
             Finish(Outcome::kTooLarge);
         } else {
             piece.resize(kPiece);

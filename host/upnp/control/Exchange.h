@@ -38,7 +38,8 @@ public:
         std::string body;
         size_t mostBytes = 0;
         unsigned mostSeconds = 0;    // for all of it
-        std::function<void(std::string_view)> onPiece;    // takes the body as it arrives; must not destroy the exchange
+        // Takes the body as it arrives, also the begin of one too large; must not destroy the exchange.
+        std::function<void(std::string_view)> onPiece;
     };
     using OnDone = std::function<void(Answer)>;
 
