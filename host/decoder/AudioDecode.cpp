@@ -28,7 +28,7 @@ constexpr std::chrono::milliseconds kKeepDevice{5000};   // a device nobody play
 
 AudioDecode::AudioDecode(Opening& opening, CodedStore& store, SegmentOffsets& offsets, PlayClock& clock, AudioSink& sink, Present& present, DecoderStats& stats,
                          std::function<void()> error)
-    : m_Opening(opening), m_Store(store), m_Offsets(offsets), m_Clock(clock), m_Sink(sink), m_Present(present), m_Stats(stats), m_Error(std::move(error))
+    : m_Opening(opening), m_Store(store), m_Offsets(offsets), m_Clock(clock), m_Sink(sink), m_Present(present), m_Stats(stats), m_Codec(0, std::move(error))
 {
 }
 
@@ -53,11 +53,7 @@ void AudioDecode::Run()
 
 void AudioDecode::Begin()
 {
-    if (m_pCodec) {
-        avcodec_flush_buffers(m_pCodec.get());
-    }
-    m_bDrained = false;
-    m_nChoice = 0;
+    m_Codec.Begin();
     m_Next.reset();
     m_nLastStamp = AV_NOPTS_VALUE;
     m_bGuessed = false;
@@ -78,71 +74,28 @@ void AudioDecode::Play(Opening::Number opening)
             return;
         }
         if (!unit.packet) {
-            if (m_pCodec && !m_bDrained) {
-                avcodec_send_packet(m_pCodec.get(), nullptr);
+            if (m_Codec.Drain()) {
                 Receive(opening);
-                m_bDrained = true;
             }
             m_Clock.SoundPrimed(opening);    // no more is coming
             continue;
         }
         m_Sink.OpenDevice();
-        if (!Use(unit)) {
+        const UnitCodec::Sent sent = m_Codec.Send(unit);
+        if (sent == UnitCodec::Sent::kNot) {
             continue;
         }
-        if (avcodec_send_packet(m_pCodec.get(), unit.packet.get()) == AVERROR(ENOMEM)) {
-            m_Error();
+        if (sent == UnitCodec::Sent::kToOpened) {
+            m_nInRate = 0;
         }
         Receive(opening);
     }
 }
 
-bool AudioDecode::Use(const CodedUnit& unit)
-{
-    const bool changed = m_nChoice != 0 && unit.choice != m_nChoice;
-    m_nChoice = unit.choice;
-    if (!m_pCodec || m_Codec != unit.codec) {
-        return OpenCodec(unit.codec);
-    }
-    if (changed || m_bDrained) {
-        avcodec_flush_buffers(m_pCodec.get());
-        m_bDrained = false;
-    }
-    return true;
-}
-
-bool AudioDecode::OpenCodec(AVCodecID id)
-{
-    m_pCodec.reset();
-    m_Codec = id;
-    m_bDrained = false;
-    const AVCodec* codec = avcodec_find_decoder(id);
-    if (codec == nullptr) {
-        return false;
-    }
-    m_pCodec.reset(avcodec_alloc_context3(codec));
-    if (!m_pCodec) {
-        m_Error();
-        return false;
-    }
-    m_pCodec->thread_count = 1;
-    m_pCodec->pkt_timebase = {1, 90000};
-    const int result = avcodec_open2(m_pCodec.get(), codec, nullptr);
-    if (result < 0) {
-        m_pCodec.reset();
-        if (result == AVERROR(ENOMEM)) {
-            m_Error();
-        }
-        return false;
-    }
-    m_nInRate = 0;
-    return true;
-}
-
 void AudioDecode::Receive(Opening::Number opening)
 {
     FramePtr frame(av_frame_alloc());
-    while (frame && avcodec_receive_frame(m_pCodec.get(), frame.get()) >= 0) {
+    while (frame && avcodec_receive_frame(m_Codec.Get(), frame.get()) >= 0) {
         const int64_t stamp = frame->pts;
         const int count = Resample(*frame);
         if (count > 0) {
@@ -187,7 +140,7 @@ int AudioDecode::Resample(const AVFrame& frame)
         if (!OpenResampler(frame, rate)) {
             return 0;
         }
-        m_Stats.SetAudio(avcodec_get_name(m_pCodec->codec_id), frame.sample_rate, channels);
+        m_Stats.SetAudio(avcodec_get_name(m_Codec->codec_id), frame.sample_rate, channels);
     }
     const int room = swr_get_out_samples(m_pResampler.get(), frame.nb_samples);
     if (room <= 0) {

@@ -17,6 +17,7 @@
 #include "host/decoder/DecoderStats.h"
 #include "host/decoder/Present.h"
 #include "host/decoder/SegmentOffsets.h"
+#include "host/decoder/UnitCodec.h"
 
 namespace host {
 
@@ -29,8 +30,6 @@ public:
 private:
     void Begin();
     void Play(Opening::Number opening);
-    bool Use(const CodedUnit& unit);
-    bool OpenCodec(AVCodecID codec);
     void Receive(Opening::Number opening);
     bool OpenResampler(const AVFrame& frame, int rate);
     int Resample(const AVFrame& frame);
@@ -46,12 +45,8 @@ private:
     AudioSink& m_Sink;
     Present& m_Present;
     DecoderStats& m_Stats;
-    const std::function<void()> m_Error;
 
-    CodecPtr m_pCodec;
-    AVCodecID m_Codec = AV_CODEC_ID_NONE;
-    unsigned m_nChoice = 0;
-    bool m_bDrained = false;
+    UnitCodec m_Codec;
     ResamplerPtr m_pResampler;
     int m_nInRate = 0;
     int m_nInFormat = -1;

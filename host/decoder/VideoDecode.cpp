@@ -43,7 +43,7 @@ TimedPicture Wrap(FramePtr frame, bool drought)
 }    // namespace
 
 VideoDecode::VideoDecode(Opening& opening, CodedStore& store, SegmentOffsets& offsets, PlayClock& clock, Present& present, DecoderStats& stats, std::function<void()> error)
-    : m_Opening(opening), m_Store(store), m_Offsets(offsets), m_Clock(clock), m_Present(present), m_Stats(stats), m_Error(std::move(error))
+    : m_Opening(opening), m_Store(store), m_Offsets(offsets), m_Clock(clock), m_Present(present), m_Stats(stats), m_Codec(kMostPixels, std::move(error))
 {
 }
 
@@ -62,12 +62,10 @@ void VideoDecode::Run()
 
 void VideoDecode::Begin()
 {
-    if (m_pCodec) {
-        avcodec_flush_buffers(m_pCodec.get());
-        m_pCodec->skip_frame = AVDISCARD_DEFAULT;
+    m_Codec.Begin();
+    if (m_Codec.Get() != nullptr) {
+        m_Codec->skip_frame = AVDISCARD_DEFAULT;
     }
-    m_bDrained = false;
-    m_nChoice = 0;
     m_Filter.Reset();
     m_bAny = false;
     m_nSegment = 0;
@@ -96,68 +94,23 @@ bool VideoDecode::DecodeSome(Opening::Number opening)
             Drain(opening);
             continue;
         }
-        if (!Use(unit)) {
+        const UnitCodec::Sent sent = m_Codec.Send(unit);
+        if (sent == UnitCodec::Sent::kNot) {
             continue;
         }
-        if (avcodec_send_packet(m_pCodec.get(), unit.packet.get()) == AVERROR(ENOMEM)) {
-            m_Error();
+        if (sent == UnitCodec::Sent::kToChanged) {
+            m_Filter.Reset();
         }
         Receive(opening);
     }
     return m_Opening.Is(opening);
 }
 
-// Makes the codec ready for a unit: a codec of another kind, a change of what is selected, data after an end.
-bool VideoDecode::Use(const CodedUnit& unit)
-{
-    const bool changed = m_nChoice != 0 && unit.choice != m_nChoice;
-    m_nChoice = unit.choice;
-    if (!m_pCodec || m_Codec != unit.codec) {
-        return OpenCodec(unit.codec);
-    }
-    if (changed || m_bDrained) {
-        avcodec_flush_buffers(m_pCodec.get());
-        m_bDrained = false;
-    }
-    if (changed) {
-        m_Filter.Reset();
-    }
-    return true;
-}
-
-bool VideoDecode::OpenCodec(AVCodecID id)
-{
-    m_pCodec.reset();
-    m_Codec = id;
-    m_bDrained = false;
-    const AVCodec* codec = avcodec_find_decoder(id);
-    if (codec == nullptr) {
-        return false;
-    }
-    m_pCodec.reset(avcodec_alloc_context3(codec));
-    if (!m_pCodec) {
-        m_Error();
-        return false;
-    }
-    m_pCodec->thread_count = 1;
-    m_pCodec->pkt_timebase = {1, 90000};
-    m_pCodec->max_pixels = kMostPixels;
-    const int result = avcodec_open2(m_pCodec.get(), codec, nullptr);
-    if (result < 0) {
-        m_pCodec.reset();
-        if (result == AVERROR(ENOMEM)) {
-            m_Error();
-        }
-        return false;
-    }
-    return true;
-}
-
 void VideoDecode::Receive(Opening::Number opening)
 {
     while (true) {
         FramePtr frame(av_frame_alloc());
-        if (!frame || avcodec_receive_frame(m_pCodec.get(), frame.get()) < 0) {
+        if (!frame || avcodec_receive_frame(m_Codec.Get(), frame.get()) < 0) {
             return;
         }
         Finish(opening, std::move(frame));
@@ -166,10 +119,8 @@ void VideoDecode::Receive(Opening::Number opening)
 
 void VideoDecode::Drain(Opening::Number opening)
 {
-    if (m_pCodec && !m_bDrained) {
-        avcodec_send_packet(m_pCodec.get(), nullptr);
+    if (m_Codec.Drain()) {
         Receive(opening);
-        m_bDrained = true;
     }
     std::vector<FramePtr> out;
     m_Filter.Drain(out);
@@ -179,7 +130,7 @@ void VideoDecode::Drain(Opening::Number opening)
 int64_t VideoDecode::DurationOf(const AVFrame& frame)
 {
     int64_t one = m_nMeasured;
-    const AVRational rate = m_pCodec->framerate;
+    const AVRational rate = m_Codec->framerate;
     if (rate.num > 0 && rate.den > 0 && av_q2d(rate) >= 5 && av_q2d(rate) <= 130) {
         one = av_rescale(90000, rate.den, rate.num);
     }
@@ -259,7 +210,7 @@ void VideoDecode::Finish(Opening::Number opening, FramePtr frame)
         m_Stats.Dropped(static_cast<unsigned>(m_Filter.PicturesOf(*frame)));
         return;
     }
-    m_pCodec->skip_frame = AVDISCARD_DEFAULT;
+    m_Codec->skip_frame = AVDISCARD_DEFAULT;
     std::vector<FramePtr> out;
     m_Filter.Filter(std::move(frame), duration, out);
     Send(opening, out);
@@ -269,7 +220,7 @@ void VideoDecode::Finish(Opening::Number opening, FramePtr frame)
 void VideoDecode::FollowLoad(int64_t ticks, int64_t duration)
 {
     if (m_Present.IsTooLate(ticks + 13500, duration)) {
-        m_pCodec->skip_frame = AVDISCARD_NONREF;
+        m_Codec->skip_frame = AVDISCARD_NONREF;
     }
 }
 
@@ -288,7 +239,7 @@ void VideoDecode::Describe(const AVFrame& frame)
         m_nWidth = frame.width;
         m_nHeight = frame.height;
         m_bInterlaced = interlaced;
-        m_Stats.SetVideo(avcodec_get_name(m_pCodec->codec_id), frame.width, frame.height, interlaced);
+        m_Stats.SetVideo(avcodec_get_name(m_Codec->codec_id), frame.width, frame.height, interlaced);
     }
 }
 

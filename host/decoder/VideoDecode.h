@@ -15,6 +15,7 @@
 #include "host/decoder/FrameFilter.h"
 #include "host/decoder/Present.h"
 #include "host/decoder/SegmentOffsets.h"
+#include "host/decoder/UnitCodec.h"
 
 namespace host {
 
@@ -27,8 +28,6 @@ public:
 private:
     void Begin();
     bool DecodeSome(Opening::Number opening);
-    bool Use(const CodedUnit& unit);
-    bool OpenCodec(AVCodecID codec);
     void Receive(Opening::Number opening);
     void Drain(Opening::Number opening);
     int64_t DurationOf(const AVFrame& frame);
@@ -45,12 +44,8 @@ private:
     PlayClock& m_Clock;
     Present& m_Present;
     DecoderStats& m_Stats;
-    const std::function<void()> m_Error;
 
-    CodecPtr m_pCodec;
-    AVCodecID m_Codec = AV_CODEC_ID_NONE;
-    unsigned m_nChoice = 0;
-    bool m_bDrained = false;
+    UnitCodec m_Codec;
     FrameFilter m_Filter;
 
     bool m_bAny = false;              // a picture of this opening has come out
