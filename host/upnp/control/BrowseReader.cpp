@@ -6,12 +6,12 @@
 #include <glib.h>
 
 #include "host/upnp/control/XmlReader.h"
+#include "host/upnp/control/XmlReference.h"
 
 namespace host {
 namespace {
 
 constexpr std::string_view kResult = "Result";
-constexpr size_t kLongestReference = 12;
 constexpr size_t kLongestHead = 16 * 1024;    // of the envelope, before the objects
 
 template <typename Number> Number ReadNumber(std::string_view text)
@@ -22,57 +22,30 @@ template <typename Number> Number ReadNumber(std::string_view text)
     return number;
 }
 
-// The character of a reference of XML (1.0, 4.1 and 4.6), without its "&" and ";"; 0: it is none.
-gunichar CharacterOf(std::string_view name)
-{
-    struct Named {
-        std::string_view name;
-        char character;
-    };
-    static constexpr Named kNamed[] = {{"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"amp", '&'}, {"apos", '\''}};
-    for (const Named& named : kNamed) {
-        if (name == named.name) {
-            return static_cast<gunichar>(named.character);
-        }
-    }
-    if (name.size() < 2 || name[0] != '#') {
-        return 0;
-    }
-    const bool hex = name[1] == 'x';
-    const std::string_view digits = name.substr(hex ? 2 : 1);
-    gunichar code = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code, hex ? 16 : 10);
-    return error == std::errc() && end == digits.data() + digits.size() && g_unichar_validate(code) != FALSE ? code : 0;
-}
-
 // Appends the text with its references replaced; what is none stays. Answers how much of it was taken: not a
 // reference at its end that may go on.
 size_t AppendUnescaped(std::string_view text, std::string& out)
 {
     size_t at = 0;
     while (at < text.size()) {
-        const size_t reference = std::min(text.find('&', at), text.size());
-        out.append(text, at, reference - at);
-        at = reference;
+        const size_t next = std::min(text.find('&', at), text.size());
+        out.append(text, at, next - at);
+        at = next;
         if (at == text.size()) {
             break;
         }
-        const std::string_view rest = text.substr(at + 1, kLongestReference);
-        const size_t length = rest.find(';');
-        if (length == std::string_view::npos && rest.size() < kLongestReference) {
+        const std::string_view rest = text.substr(at);
+        if (IsBegunXmlReference(rest)) {
             break;
         }
-        const gunichar character = length == std::string_view::npos ? 0 : CharacterOf(rest.substr(0, length));
-        if (character == 0) {
+        const XmlReference reference = ReadXmlReference(rest);
+        if (reference.length == 0) {
             out += '&';
             ++at;
-        } else if (character < 0x80) {
-            out += static_cast<char>(character);
-            at += length + 2;
         } else {
             char encoded[6];
-            out.append(encoded, static_cast<size_t>(g_unichar_to_utf8(character, encoded)));
-            at += length + 2;
+            out.append(encoded, static_cast<size_t>(g_unichar_to_utf8(reference.character, encoded)));
+            at += reference.length;
         }
     }
     return at;

@@ -2,8 +2,9 @@
 // it, escaped, is all but the whole, a megabyte for 2,000 items: it is unwrapped and read piece by piece, so that
 // hardly anything is left to do when the last one comes.
 //
-// Errors:    `read` is false when the answer is none.
+// Errors:    `read` is false when the answer is none; the objects before a break are good.
 // Threads:   one at a time.
+// Ownership: copies the rule; the objects are the caller's.
 #pragma once
 
 #include <memory>

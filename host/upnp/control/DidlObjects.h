@@ -8,7 +8,7 @@
 // Errors:  `whole` is false when the document breaks off or cannot be read to its end; the objects before
 //          that are good. Objects that nobody could ask for (no identifier, or one beyond all measure) are
 //          left out.
-// Threads: one at a time.
+// Threads: one at a time. A reader copies the rule; the objects are the caller's.
 #pragma once
 
 #include <memory>

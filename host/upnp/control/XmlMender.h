@@ -1,6 +1,9 @@
-// Makes readable what servers get wrong in XML: bytes that are no UTF-8 become replacement characters, an "&"
-// that begins no reference (XML 1.0, 4.1 and 4.6) becomes "&amp;". Entities of a document's own are none.
+// Makes readable what servers get wrong in XML: bytes that are no UTF-8 become replacement characters, characters
+// that XML does not allow (1.0, 2.2; titles of broadcasts begin with such) blanks, an "&" that begins no reference
+// "&amp;". Entities of a document's own are none. What precedes the document, blanks or a byte order mark, goes.
 //
+// Units:   bytes.
+// Errors:  none: every text comes out readable.
 // Threads: one at a time.
 #pragma once
 
@@ -16,6 +19,7 @@ public:
     std::string_view Mend(std::string_view piece, bool last);
 
 private:
+    bool m_bBegun = false;
     std::string m_Waiting;
     std::string m_Joined;
     std::string m_Mended;

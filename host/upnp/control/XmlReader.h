@@ -4,11 +4,12 @@
 //
 // Units:     bytes.
 // Errors:    reading ends at the first thing that is not XML or beyond a limit; what came before was handed
-//            out. Broken UTF-8 and lone "&" are mended first, as servers do write such.
+//            out. What servers often get wrong is mended first (XmlMender).
 // Threads:   one at a time. The texts handed out live for the call.
 // Ownership: the visitor outlives the reader.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
