@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "browser/BrowserItem.h"
 #include "browser/EFileBrowser.h"
 #include "platform/RemoteKeys.h"
 #include "widgets/KeyRows.h"
@@ -36,5 +37,17 @@ struct BrowserKeys {
     };
 
     static constexpr const Row* Find(unsigned long key) { return FindKeyRow(kRows, key); }
+
+    // Whether the key does anything with an item of that kind.
+    static constexpr bool IsFor(BrowserItemKind kind, unsigned long key)
+    {
+        const bool file = kind == BrowserItemKind::kFile;
+        return (key != Remote::kInfo || file || kind == BrowserItemKind::kFolder) && (key != Remote::kStop || file);
+    }
+    // The same keys, so that the same hints are shown.
+    static constexpr bool AreAlike(BrowserItemKind one, BrowserItemKind other)
+    {
+        return IsFor(one, Remote::kInfo) == IsFor(other, Remote::kInfo) && IsFor(one, Remote::kStop) == IsFor(other, Remote::kStop);
+    }
 };
 static_assert(KeysAreUnique(BrowserKeys::kRows));

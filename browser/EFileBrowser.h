@@ -195,7 +195,6 @@ private:
     CascadeString PathText() const;
     const char* FilterLabel() const;
     void PaintHead(CascadeBitmap& bitmap) const;
-    bool HelpsWith(unsigned long key, ItemKind kind) const;
     void PaintHints(CascadeBitmap& bitmap);
     void RedrawTexts();
 

@@ -1,6 +1,7 @@
 // Entering, going up and choosing, with the questions in between.
 #include <cstdio>
 
+#include "browser/BrowserKeys.h"
 #include "browser/EFileBrowser.h"
 #include "platform/CascadeFile.h"
 
@@ -180,7 +181,7 @@ void EFileBrowser::OnKeyboardCancelled()
 void EFileBrowser::OnInfoKey()
 {
     const ItemKind kind = KindOf(Selected());
-    if (kind != ItemKind::kFile && kind != ItemKind::kFolder) {
+    if (!BrowserKeys::IsFor(kind, Remote::kInfo)) {
         return;
     }
     const CascadeString path = m_List.GetTag(Selected());

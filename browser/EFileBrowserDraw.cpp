@@ -34,7 +34,7 @@ CascadeColor Faint(CascadeColor color)
 
 }    // namespace
 
-// The way up is no item of the folder.
+// The number of the item under the cursor, the way up not counted, and the hints that are for it.
 void EFileBrowser::ShowPosition()
 {
     const int total = m_List.GetItemCount();
@@ -49,8 +49,7 @@ void EFileBrowser::ShowPosition()
     } else {
         m_Position.SetText(CascadeString::Format("%d of %d", number, count));
     }
-    const ItemKind kind = KindOf(Selected());
-    if (HelpsWith(Remote::kInfo, kind) != HelpsWith(Remote::kInfo, m_HintsFor) || HelpsWith(Remote::kStop, kind) != HelpsWith(Remote::kStop, m_HintsFor)) {
+    if (!BrowserKeys::AreAlike(KindOf(Selected()), m_HintsFor)) {
         Redraw(BrowserLayout::kHintLine);
     }
 }
@@ -126,14 +125,6 @@ void EFileBrowser::PaintHead(CascadeBitmap& bitmap) const
     EUtils::ShadowedTextOut(bitmap, {head.left, pathTop}, path, pathFont, m_Palette.quiet, kShadowColor, kShadow);
 }
 
-bool EFileBrowser::HelpsWith(unsigned long key, ItemKind kind) const
-{
-    if (key == Remote::kInfo) {
-        return kind == ItemKind::kFile || kind == ItemKind::kFolder;
-    }
-    return key != Remote::kStop || kind == ItemKind::kFile;
-}
-
 // What is of no use in the whole folder is left out; what is of none to the item is faint, so that nothing jumps.
 void EFileBrowser::PaintHints(CascadeBitmap& bitmap)
 {
@@ -162,7 +153,7 @@ void EFileBrowser::PaintHints(CascadeBitmap& bitmap)
         if (key.Right() + kHintGap + hint.width > line.Right()) {
             break;
         }
-        const auto shade = [shown = HelpsWith(row.key, m_HintsFor)](CascadeColor color) { return shown ? color : Faint(color); };
+        const auto shade = [bright = BrowserKeys::IsFor(m_HintsFor, row.key)](CascadeColor color) { return bright ? color : Faint(color); };
         bitmap.FillRoundedRect(key, kCapRadius, shade(m_Palette.key));
         bitmap.StrokeRoundedRect(key, kCapRadius, 1.5, shade(m_Palette.rim));
         bitmap.TextOut({key.left + kCapPadding, Middle(key, cap.height)}, row.cap, font, shade(m_Palette.text));

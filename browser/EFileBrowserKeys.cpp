@@ -93,7 +93,7 @@ void EFileBrowser::OnDeleteKey()
 {
     if (!m_Set.deletion) {
         ShowNotice("Deleting is switched off.");
-    } else if (KindOf(Selected()) != ItemKind::kFile) {
+    } else if (!BrowserKeys::IsFor(KindOf(Selected()), Remote::kStop)) {
         ShowNotice("Only files can be deleted.");
     } else {
         FinishWithItem(kItemChosenForDeletion, Selected());
