@@ -30,7 +30,7 @@ protected:
     bool Exists(const std::string& name) const { return std::filesystem::exists(m_Folder / name); }
 };
 
-TEST_F(BrowseFlowTest, TheNextFilterComesWhenTheOldBrowserHasClosed)
+TEST_F(BrowseFlowTest, TheNextFilterComesWhenTheOldBrowserHasClosedAndForThisRunOnly)
 {
     Start(Here());
     TestPlatform::Tick();
@@ -39,6 +39,8 @@ TEST_F(BrowseFlowTest, TheNextFilterComesWhenTheOldBrowserHasClosed)
     EXPECT_EQ(Browser(), nullptr);
     TestPlatform::DeliverKeys();
     EXPECT_TRUE(Until([] { return IsPainted("Filter: Sequence"); }));
+    m_pApp->OnAppExit();
+    EXPECT_EQ(TestPlatform::Settings()["orvandi.nuvid.settings"]["BrowserMode"], "0");
 }
 
 TEST_F(BrowseFlowTest, DeletingFromTheMenuGoesOnUntilTheViewerHasHadEnough)

@@ -66,6 +66,14 @@ TEST(BrowsePlaceTest, TheFilterFollowsTheNumbersOfTheOptions)
     for (int mode = 0; mode < 5; ++mode) {
         EXPECT_EQ(BrowsePlace::FilterOfMode(mode), filters[mode]) << mode;
     }
+    EXPECT_EQ(BrowsePlace::FilterOfMode(-1), 2);
+}
+
+TEST(BrowsePlaceTest, OnlyWhatIsKnownToBeNoFolderIsNone)
+{
+    EXPECT_TRUE(BrowsePlace::MayBeFolder("/"));
+    EXPECT_FALSE(BrowsePlace::MayBeFolder("/no such folder"));
+    EXPECT_FALSE(BrowsePlace::MayBeFolder("/proc/self/exe"));
 }
 
 }    // namespace

@@ -91,6 +91,17 @@ TEST_F(QueueFlowTest, AFileIsClosedOnlyWhenItIsTheOneThatPlays)
     EXPECT_TRUE(m_pApp->CloseFile(nullptr));
 }
 
+TEST_F(QueueFlowTest, WithNothingChosenTheViewerIsAsked)
+{
+    Play({MakeFile("a.mpg")});
+    for (const int reason : {1, 5, -1}) {
+        TestPlatform::Tick(30);
+        EXPECT_EQ(Said([&] { m_pApp->callback({}, reason); }), "inReason " + std::to_string(reason) + "\n");
+        EXPECT_TRUE(Shows("Press [Menu] to open a file"));
+    }
+    EXPECT_EQ(CurrentFile(), "a.mpg");
+}
+
 TEST_F(QueueFlowTest, AnItemsDurationIsUsedWhereTheEngineKnowsNone)
 {
     Play({MakeFile("a.mpg")});

@@ -75,6 +75,14 @@ TEST(IFOAttributes, DescribesEveryFieldInLabelledLines)
         "Compression:\tMPEG-2\nVideo Standard:\tPAL\nAspect Ratio:\t16:9\nBitrate:\tVBR\nResolution:\t720x576\nLetterboxed:\tTrue\n\n");
     EXPECT_EQ(DescribeStream(parseVideoStream({{0xA8, 0x38}})).Str(),
         "Compression:\tUnknown\nVideo Standard:\tUnknown\nAspect Ratio:\tUnknown\nBitrate:\tCBR\nResolution:\t352x240\nLetterboxed:\tFalse\n\n");
+    const char* const kPal[] = {"720x576", "704x576", "352x576", "352x288"};
+    const char* const kOther[] = {"720x480", "704x480", "352x480", "352x240"};
+    for (uint8_t i = 0; i < 4; ++i) {
+        const auto second = static_cast<uint8_t>(i << 3);
+        EXPECT_STREQ(parseVideoStream({{0x10, second}}).resolution, kPal[i]);
+        EXPECT_STREQ(parseVideoStream({{0x00, second}}).resolution, kOther[i]);
+        EXPECT_STREQ(parseVideoStream({{0x30, second}}).resolution, kOther[i]);
+    }
 }
 
 }    // namespace
