@@ -5,7 +5,7 @@ packages_build="
   g++ cmake ninja-build pkg-config librsvg2-bin
   libsdl2-dev libcairo2-dev libpango1.0-dev libjpeg62-turbo-dev
   libavformat-dev libavcodec-dev libavfilter-dev libswscale-dev libswresample-dev libavutil-dev
-  libglib2.0-dev libgupnp-1.6-dev libsoup-3.0-dev libcurl4-openssl-dev|libcurl4-gnutls-dev"
+  libglib2.0-dev libgupnp-1.6-dev libsoup-3.0-dev libxml2-dev libcurl4-openssl-dev|libcurl4-gnutls-dev"
 
 # Any script that a file name may be written in.
 packages_fonts="fonts-dejavu-core fonts-noto-core fonts-noto-cjk fonts-noto-color-emoji"
